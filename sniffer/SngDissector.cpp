@@ -1,0 +1,437 @@
+#include "SngDissector.h"
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sstream>
+#include <time.h>
+
+#include "AddressText.h"
+#include "EmbeddedConnection.h"
+#include "H323Parser.h"
+#include "SipHelper.h"
+#include "Sniffer.h"
+#include "TcpConnection.h"
+#include "UdpConnection.h"
+
+std::atomic<SngDissector*> SngDissector::dissector{nullptr};
+pthread_t SngDissector::cmdThread;
+bool SngDissector::cmdThreadStarted = false;
+log4cxx::LoggerPtr SngDissector::logger = log4cxx::Logger::getLogger("SnifferClient");
+
+namespace {
+constexpr int udpHeaderLength = 8;
+constexpr int minimumIpHeaderLength = 20;
+constexpr int minimumTcpHeaderLength = 20;
+constexpr uint16_t etherTypeVlan = 0x8100;
+constexpr uint16_t etherTypeQinQ = 0x88A8;
+}  // namespace
+
+void SniffedPacket::release() {
+    delete[] args;
+    delete header;
+    delete[] packet;
+    args = nullptr;
+    header = nullptr;
+    packet = nullptr;
+}
+
+// ---------------------------------------------------------------- lifecycle
+
+SngDissector::SngDissector() {
+    if (SngDissector* previous = dissector.load())
+        delete previous;
+    h323Parser = new H323Parser();
+    sipHelper = new SipHelper();
+    dissector = this;
+}
+
+SngDissector::~SngDissector() {
+    if (conMedia) {
+        conMedia->closeConnection();
+        if (conMedia != EmbeddedConnection::dft())
+            delete conMedia;
+    }
+    if (conSig) {
+        conSig->closeConnection();
+        delete conSig;
+    }
+    removeAllRtp();
+    clearQueue();
+    delete sipHelper;
+    delete h323Parser;
+    SngDissector* self = this;
+    if (dissector.compare_exchange_strong(self, nullptr))
+        cmdThreadStarted = false;
+}
+
+void SngDissector::setTraceSignalling(bool trace) {
+    h323Parser->setTraceSignalling(trace);
+}
+
+// ---------------------------------------------------------------- queue
+
+void SngDissector::producePacket(SniffedPacket& p) {
+    {
+        std::lock_guard<std::mutex> guard(packetQueueLock);
+        packetQueue.push_back(p);
+        ++produced;
+    }
+    packetPresent.notify_one();
+}
+
+void SngDissector::consumePacket() {
+    std::unique_lock<std::mutex> lock(packetQueueLock);
+    packetPresent.wait(lock, [this] { return !packetQueue.empty() || Sniffer::getEndMain(); });
+    if (Sniffer::getEndMain()) {
+        lock.unlock();
+        clearQueue();
+        return;
+    }
+    SniffedPacket p = packetQueue.front();
+    packetQueue.pop_front();
+    lock.unlock();
+
+    processPacket(p.args, p.header, &p.packet);
+    p.release();
+    processed.fetch_add(1, std::memory_order_release);
+
+    if (sniffer && sniffer->getEmbedded())
+        checkCommand();
+}
+
+void SngDissector::clearQueue() {
+    std::lock_guard<std::mutex> guard(packetQueueLock);
+    const std::size_t dumped = packetQueue.size();
+    for (SniffedPacket& p : packetQueue)
+        p.release();
+    packetQueue.clear();
+    processed.fetch_add(dumped, std::memory_order_release);
+    LOG4CXX_DEBUG(logger, "Dissector packet queue cleared. " << dumped << " packets dumped.");
+}
+
+void SngDissector::signalEnd() {
+    terminate = true;
+    h323Parser->displayCallIdMap();
+    // Taking the lock here orders the wake-up after the consumer's predicate
+    // check, so a consumer about to wait cannot miss the end.
+    { std::lock_guard<std::mutex> guard(packetQueueLock); }
+    packetPresent.notify_all();
+}
+
+bool SngDissector::isDrained() const {
+    std::lock_guard<std::mutex> guard(const_cast<std::mutex&>(packetQueueLock));
+    return packetQueue.empty() && processed.load(std::memory_order_acquire) == produced;
+}
+
+// ---------------------------------------------------------------- classification
+
+void SngDissector::processPacket(u_char* /*args*/, const pcap_pkthdr* header, u_char** packet) {
+    const u_char* frame = *packet;
+    const int frameLength = static_cast<int>(header->len);
+
+    int linkLength = sizeof(sniff_ethernet);
+    const auto* ethernet = reinterpret_cast<const sniff_ethernet*>(frame);
+    const uint16_t etherType = static_cast<uint16_t>(ethernet->ether_type[0] << 8 | ethernet->ether_type[1]);
+    if (etherType == etherTypeVlan)
+        linkLength = 18;
+    else if (etherType == etherTypeQinQ)
+        linkLength = 22;  // an 802.1ad frame carries an inner 802.1Q tag as well
+    // A runt that cannot hold an IP header is dropped before it is read.
+    if (linkLength + minimumIpHeaderLength > frameLength)
+        return;
+
+    const auto* ip = reinterpret_cast<const sniff_ip*>(frame + linkLength);
+    const int ipHeaderLength = (ip->ip_vhl & 0x0F) * 4;
+    if (ipHeaderLength < minimumIpHeaderLength) {
+        logDroppedIp("*** Dropping IP packet with unknown IP header\n", ip);
+        return;
+    }
+    ohdr.protocol = ip->ip_p;
+    ohdr.dstIp = ntohl(ip->ip_dst);
+    ohdr.srcIp = ntohl(ip->ip_src);
+
+    const int sizeHeader = linkLength + ipHeaderLength;
+    if (ip->ip_p == IPPROTO_UDP)
+        processUdp(frame, header, sizeHeader);
+    else if (ip->ip_p == IPPROTO_TCP)
+        processTcp(*packet, header, sizeHeader);
+    else
+        logDroppedIp("*** Dropping IP packet with unknown upper layer protocol\n", ip);
+}
+
+// The 16-bit fields are shown as the host reads the frame's bytes, unswapped:
+// the dump is a raw view of the header.
+void SngDissector::logDroppedIp(const char* heading, const sniff_ip* ip) {
+    char dump[96];
+    std::snprintf(dump, sizeof dump, "vhl=%02x tos=%02x len=%04x id=%04x off=%04x ttl=%02x p=%02x sum=%04x",
+                  ip->ip_vhl, ip->ip_tos, ip->ip_len, ip->ip_id, ip->ip_off, ip->ip_ttl, ip->ip_p, ip->ip_sum);
+    LOG4CXX_ERROR(logger, heading << dump);
+}
+
+void SngDissector::processUdp(const u_char* packet, const pcap_pkthdr* header, int size_header) {
+    const int frameLength = static_cast<int>(header->len);
+    if (size_header + udpHeaderLength > frameLength)
+        return;
+    const auto* udp = reinterpret_cast<const sniff_udp*>(packet + size_header);
+    ohdr.srcPort = ntohs(udp->uh_sport);
+    ohdr.dstPort = ntohs(udp->uh_dport);
+
+    const u_char* payload = packet + size_header + udpHeaderLength;
+    if (!isSip(payload) && !isRtpFilter())
+        return;
+    ohdr.protocol = static_cast<u_char>(payloadType.load(std::memory_order_relaxed));
+
+    // The wire length is used, not the UDP length field: Ethernet padding
+    // behind a short datagram travels with it, as recorders expect.
+    const int length = frameLength - size_header - udpHeaderLength + ourHeaderLength;
+    if (length <= ourHeaderLength)
+        return;
+    ohdr.len = htons(static_cast<uint16_t>(length));
+    buildPayload(const_cast<u_char*>(payload) - ourHeaderLength, length, true, nullptr);
+}
+
+void SngDissector::processTcp(u_char* packet, const pcap_pkthdr* header, int size_header) {
+    const int frameLength = static_cast<int>(header->len);
+    if (size_header + minimumTcpHeaderLength > frameLength)
+        return;
+    const auto* tcp = reinterpret_cast<const sniff_tcp*>(packet + size_header);
+    const int tcpHeaderLength = ((tcp->th_offx2 & 0xF0) >> 4) * 4;
+    if (tcpHeaderLength < minimumTcpHeaderLength) {
+        LOG4CXX_INFO(logger, "*** Fragmented TCP message. Header length: " << tcpHeaderLength << " bytes");
+        return;
+    }
+    ohdr.srcPort = ntohs(tcp->th_sport);
+    ohdr.dstPort = ntohs(tcp->th_dport);
+
+    const int length = frameLength - size_header - tcpHeaderLength + ourHeaderLength;
+    if (length <= ourHeaderLength)
+        return;
+    ohdr.len = htons(static_cast<uint16_t>(length));
+    buildPayload(packet + size_header + tcpHeaderLength - ourHeaderLength, length, false, nullptr);
+}
+
+bool SngDissector::isSip(const u_char* payload) {
+    if (sipHelper->isRequest(payload) || sipHelper->isResponse(payload)) {
+        payloadType.store(SIP, std::memory_order_relaxed);
+        return true;
+    }
+    return false;
+}
+
+bool SngDissector::isRtpFilter() {
+    if (isInRtpList(ohdr.dstIp, ohdr.dstPort)) {
+        payloadType.store(RTP, std::memory_order_relaxed);
+        return true;
+    }
+    return false;
+}
+
+// ---------------------------------------------------------------- RTP list
+
+void SngDissector::addRtp(u_int rtpIp, u_short rtpPort) {
+    {
+        std::lock_guard<std::mutex> guard(rtpListLock);
+        ++rtpList[RtpAddr(rtpIp, rtpPort)];
+    }
+    logRtpChange("Added to list rtp (ip=0x", rtpIp, rtpPort);
+}
+
+void SngDissector::removeRtp(u_int rtpIp, u_short rtpPort) {
+    {
+        std::lock_guard<std::mutex> guard(rtpListLock);
+        rtpList.erase(RtpAddr(rtpIp, rtpPort));
+    }
+    logRtpChange("Removed from list rtp (ip=0x", rtpIp, rtpPort);
+}
+
+bool SngDissector::isInRtpList(u_int rtpIp, u_short rtpPort) {
+    std::lock_guard<std::mutex> guard(rtpListLock);
+    return rtpList.count(RtpAddr(rtpIp, rtpPort)) != 0;
+}
+
+// Called by the TCP link when the recorder is lost, possibly while the
+// command reader changes the list: it takes the same lock so the clearing
+// is well-defined; the recorder re-sends its destinations after reconnecting.
+void SngDissector::removeAllRtp() {
+    std::lock_guard<std::mutex> guard(rtpListLock);
+    rtpList.clear();
+}
+
+void SngDissector::logRtpChange(const char* heading, u_int rtpIp, u_short rtpPort) {
+    if (!logger->isDebugEnabled())
+        return;
+    std::ostringstream line;
+    line << heading << std::hex << rtpIp << std::dec << "=" << dottedQuad(rtpIp) << ", port=0x" << std::hex << rtpPort
+         << std::dec << "=" << rtpPort << ")";
+    LOG4CXX_DEBUG(logger, line.str());
+}
+
+// ---------------------------------------------------------------- framing
+
+void SngDissector::buildPayload(u_char* payload, int payloadLen, bool isUdp, u_char** /*packet*/) {
+    ohdr.srcIp = htonl(ohdr.srcIp);
+    ohdr.dstIp = htonl(ohdr.dstIp);
+
+    u_char* frame = payload;
+    int frameLength = payloadLen;
+    std::string upStreamPayload;
+    if (!isUdp) {
+        const u_int srcPort = ohdr.srcPort;
+        const u_int dstPort = ohdr.dstPort;
+        const u_int srcIp = ohdr.srcIp;
+        const u_int dstIp = ohdr.dstIp;
+        if (!h323Parser->parseH323(payload, payloadLen, ourHeaderLength, srcIp, dstIp, srcPort, dstPort,
+                                   upStreamPayload))
+            return;
+        payloadType.store(H323, std::memory_order_relaxed);
+        ohdr.protocol = H323;
+        frameLength = static_cast<int>(upStreamPayload.size()) + ourHeaderLength;
+        ohdr.len = htons(static_cast<uint16_t>(frameLength));
+        frame = new u_char[frameLength];
+        // The text's last character (its final line feed) gives way to the
+        // terminating zero that recorders read the description up to.
+        frame[frameLength - 1] = 0;
+        std::memcpy(frame + ourHeaderLength, upStreamPayload.data(), upStreamPayload.size() - 1);
+    }
+    ohdr.srcPort = htons(ohdr.srcPort);
+    ohdr.dstPort = htons(ohdr.dstPort);
+    std::memcpy(frame, &ohdr, ourHeaderLength);
+    sendPayload(frame, frameLength);
+    if (frame != payload)
+        delete[] frame;
+}
+
+void SngDissector::sendPayload(u_char* payload, int len) {
+    const int type = payloadType.load(std::memory_order_relaxed);
+    if (type == RTP)
+        conMedia->sendPacket(payload, len);
+    else if (conSig && type == SIP)
+        conSig->sendPacket(payload, len);
+    else if (type == SIP || type == H323)
+        conMedia->sendPacket(payload, len);
+    else if (payload[2] == HEARTBEAT)
+        conMedia->sendPacket(payload, len);
+    else
+        LOG4CXX_WARN(logger, "PAYLOAD NOT SENT");
+}
+
+void SngDissector::printFormatHeader(const u_char* ptr) {
+    auto be16 = [ptr](int at) { return ptr[at] << 8 | ptr[at + 1]; };
+    auto quad = [ptr](int at) {
+        return dottedQuad(uint32_t(ptr[at]) << 24 | uint32_t(ptr[at + 1]) << 16 | uint32_t(ptr[at + 2]) << 8 |
+                          ptr[at + 3]);
+    };
+    LOG4CXX_DEBUG(logger, "len=" << be16(0) << ", prot=" << int(ptr[2]) << ", dstIp=" << quad(3)
+                                  << ", dstPort=" << be16(7) << ", srcIp=" << quad(9) << ", srcPort=" << be16(13));
+}
+
+// ---------------------------------------------------------------- recorder link
+
+bool SngDissector::sameRecorder(const char* hostA, int portA, const char* hostB, int portB) {
+    if (portA != portB)
+        return false;
+    if (!hostA || !hostB)
+        return hostA == hostB;
+    return std::strcmp(hostA, hostB) == 0;
+}
+
+void SngDissector::makeConnection(bool embedded) {
+    if (embedded) {
+        LOG4CXX_INFO(logger, "Embedded connection created");
+        conMedia = EmbeddedConnection::dft();
+        conSig = nullptr;
+        return;
+    }
+    const char* protocol = sniffer ? sniffer->getServerProtocol() : "";
+    const bool shared = sameRecorder(serverNameMedia, serverPortMedia, serverNameSig, serverPortSig);
+    if (std::strlen(protocol) >= 3 && SipHelper::memcmpNocase(protocol, "UDP", 3) == 0) {
+        conMedia = new UdpConnection(serverNameMedia, serverPortMedia);
+        LOG4CXX_INFO(logger, "UDP connection created");
+        conSig = shared ? nullptr : new UdpConnection(serverNameSig, serverPortSig);
+        return;
+    }
+    if (std::strlen(protocol) < 3 || SipHelper::memcmpNocase(protocol, "TCP", 3) != 0)
+        LOG4CXX_ERROR(logger, "Invalid ServerProtocol assuming TCP");
+    auto* media = new TcpConnection(serverNameMedia, serverPortMedia);
+    conMedia = media;
+    LOG4CXX_INFO(logger, "TCP connection created");
+    media->tcpConnect();
+    if (media->isConnected())
+        LOG4CXX_INFO(logger, "Connected to recorder " << serverNameMedia << ":" << serverPortMedia);
+    else
+        LOG4CXX_INFO(logger, "Connecting to recorder " << serverNameMedia << ":" << serverPortMedia);
+    if (shared) {
+        conSig = nullptr;
+    } else {
+        auto* sig = new TcpConnection(serverNameSig, serverPortSig);
+        sig->tcpConnect();
+        conSig = sig;
+    }
+}
+
+void SngDissector::closeConnection() {
+    if (conSig)
+        conSig->closeConnection();
+    if (conMedia)
+        conMedia->closeConnection();
+}
+
+void SngDissector::startCmdReaderThread() {
+    pthread_attr_t attr;
+    pthread_attr_init(&attr);
+    pthread_attr_setdetachstate(&attr, PTHREAD_CREATE_JOINABLE);
+    const int rc = pthread_create(&cmdThread, &attr, startCmdReaderLoop, &cmdThreadId);
+    pthread_attr_destroy(&attr);
+    cmdThreadStarted = rc == 0;
+    if (rc != 0)
+        LOG4CXX_ERROR(logger, "Error - startCmdReaderThread return code from pthread_create() is " << rc);
+    LOG4CXX_INFO(logger, "Command reader thread created " << cmdThreadId);
+}
+
+void* SngDissector::startCmdReaderLoop(void* /*arg*/) {
+    // The link is non-blocking: this loop polls it almost continuously so
+    // that a command takes effect on the very next packets.
+    const timespec pause{0, 200};
+    while (SngDissector* self = dft()) {
+        if (self->terminate)
+            break;
+        self->checkCommand();
+        nanosleep(&pause, nullptr);
+    }
+    return nullptr;
+}
+
+void SngDissector::checkCommand() {
+    SnifferRequest request;
+    // A link may report a pending partial command as readable; the record
+    // then keeps the previous command. The end of the run stops the loop
+    // even if the rest of such a command never arrives.
+    while (!terminate && conMedia->receiveRequest(request)) {
+        switch (request.request) {
+        case 1:
+            addRtp(request.rtpAddr, request.rtpPort);
+            break;
+        case 2:
+            removeRtp(request.rtpAddr, request.rtpPort);
+            break;
+        case 3:
+            replyHeartbeat();
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+// The reply is built apart from the consumer's working header, which the
+// consumer may be filling at this moment; only the routing reads its state.
+void SngDissector::replyHeartbeat() {
+    u_char frame[ourHeaderLength] = {};
+    const uint16_t len = htons(ourHeaderLength);
+    std::memcpy(frame, &len, sizeof len);
+    frame[2] = HEARTBEAT;
+    sendPayload(frame, ourHeaderLength);
+    LOG4CXX_DEBUG(logger, "Heartbeat sent");
+}

@@ -1,0 +1,202 @@
+#ifndef SNIFFER_SNG_DISSECTOR_H
+#define SNIFFER_SNG_DISSECTOR_H
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <pcap.h>
+#include <pthread.h>
+#include <string>
+#include <unordered_map>
+
+#include <log4cxx/logger.h>
+
+class Sniffer;
+class SipHelper;
+class H323Parser;
+class BaseConnection;
+
+// One captured frame on its way from a capture thread to the consumer.
+// `packet` holds the frame as long as its wire length, followed by
+// `framePadding` zero bytes so that the SIP start-line test and header reads
+// of runt frames never leave the buffer.
+struct SniffedPacket {
+    static constexpr int framePadding = 64;
+
+    u_char* args = nullptr;
+    pcap_pkthdr* header = nullptr;
+    u_char* packet = nullptr;
+
+    void release();
+};
+
+// One destination of the RTP forwarding list.
+struct RtpAddr {
+    uint32_t rtpIp;    // host order, first dotted octet most significant
+    uint16_t rtpPort;  // host order
+
+    RtpAddr(uint32_t ip, uint16_t port) : rtpIp(ip), rtpPort(port) {}
+    bool operator==(const RtpAddr& o) const { return rtpIp == o.rtpIp && rtpPort == o.rtpPort; }
+};
+
+struct RtpAddrHash {
+    std::size_t operator()(const RtpAddr& a) const {
+        return std::hash<uint64_t>()(uint64_t(a.rtpIp) << 16 | a.rtpPort);
+    }
+};
+
+// Classifies captured frames, keeps the RTP destination list, frames what is
+// wanted behind the 15-byte header and sends it to the recorder; applies the
+// recorder's commands. One live instance per process, reached through dft().
+class SngDissector {
+public:
+#pragma pack(push, 1)
+    struct sniff_ethernet {
+        u_char ether_dhost[6];
+        u_char ether_shost[6];
+        u_char ether_type[2];
+    };
+    struct sniff_ip {
+        u_char ip_vhl;
+        u_char ip_tos;
+        uint16_t ip_len;
+        uint16_t ip_id;
+        uint16_t ip_off;
+        u_char ip_ttl;
+        u_char ip_p;
+        uint16_t ip_sum;
+        uint32_t ip_src;
+        uint32_t ip_dst;
+    };
+    struct sniff_udp {
+        uint16_t uh_sport;
+        uint16_t uh_dport;
+        uint16_t uh_ulen;
+        uint16_t uh_sum;
+    };
+    struct sniff_tcp {
+        uint16_t th_sport;
+        uint16_t th_dport;
+        uint32_t th_seq;
+        uint32_t th_ack;
+        u_char th_offx2;
+        u_char th_flags;
+        uint16_t th_win;
+        uint16_t th_sum;
+        uint16_t th_urp;
+    };
+    // The header in front of every forwarded frame: all fields big-endian on
+    // the wire, destination before source.
+    struct our_header {
+        uint16_t len;
+        u_char protocol;
+        uint32_t dstIp;
+        uint16_t dstPort;
+        uint32_t srcIp;
+        uint16_t srcPort;
+    };
+#pragma pack(pop)
+    static_assert(sizeof(our_header) == 15, "the forwarded frame header is 15 bytes");
+
+    enum PayloadType { SIP = 1, RTP = 2, HEARTBEAT = 3, H323 = 4 };
+    static constexpr int ourHeaderLength = sizeof(our_header);
+
+    SngDissector();
+    virtual ~SngDissector();
+    SngDissector(const SngDissector&) = delete;
+    SngDissector& operator=(const SngDissector&) = delete;
+
+    static SngDissector* dft() { return dissector; }
+
+    // Queue (capture threads produce, one consumer drains).
+    void producePacket(SniffedPacket& p);
+    void consumePacket();
+    void clearQueue();
+    void signalEnd();
+    // True when every packet produced so far has been processed.
+    bool isDrained() const;
+
+    // Classification.
+    void processPacket(u_char* args, const pcap_pkthdr* header, u_char** packet);
+    void processUdp(const u_char* packet, const pcap_pkthdr* header, int size_header);
+    void processTcp(u_char* packet, const pcap_pkthdr* header, int size_header);
+    bool isSip(const u_char* payload);
+    bool isRtpFilter();
+
+    // RTP destination list.
+    void addRtp(u_int rtpIp, u_short rtpPort);
+    void removeRtp(u_int rtpIp, u_short rtpPort);
+    bool isInRtpList(u_int rtpIp, u_short rtpPort);
+    void removeAllRtp();
+
+    // Framing and sending.
+    void buildPayload(u_char* payload, int payloadLen, bool isUdp, u_char** packet);
+    void sendPayload(u_char* payload, int len);
+    void printFormatHeader(const u_char* ptr);
+
+    // Recorder link and commands.
+    void makeConnection(bool embedded);
+    void closeConnection();
+    void startCmdReaderThread();
+    static void* startCmdReaderLoop(void* arg);
+    void checkCommand();
+    void replyHeartbeat();
+
+    void setSniffer(Sniffer* s) { sniffer = s; }
+    void setServerNameMedia(const char* name) { serverNameMedia = name; }
+    const char* getServerNameMedia() const { return serverNameMedia; }
+    void setServerPortMedia(int port) { serverPortMedia = port; }
+    int getServerPortMedia() const { return serverPortMedia; }
+    void setServerNameSig(const char* name) { serverNameSig = name; }
+    const char* getServerNameSig() const { return serverNameSig; }
+    void setServerPortSig(int port) { serverPortSig = port; }
+    int getServerPortSig() const { return serverPortSig; }
+    bool getBrokenTcp() const { return brokenTcp; }
+    void setBrokenTcp(bool b) { brokenTcp = b; }
+    bool getTerminate() const { return terminate; }
+    pthread_t* getCmdReaderThread() { return cmdThreadStarted ? &cmdThread : nullptr; }
+    void setTraceSignalling(bool trace);
+    H323Parser* getH323Parser() { return h323Parser; }
+
+private:
+    static bool sameRecorder(const char* hostA, int portA, const char* hostB, int portB);
+    void logRtpChange(const char* heading, u_int rtpIp, u_short rtpPort);
+    void logDroppedIp(const char* heading, const sniff_ip* ip);
+
+    Sniffer* sniffer = nullptr;
+    our_header ohdr{};
+    const char* serverNameMedia = nullptr;
+    int serverPortMedia = 6000;
+    const char* serverNameSig = nullptr;
+    int serverPortSig = 6000;
+    // Read by the command reader when it routes a heartbeat reply.
+    std::atomic<int> payloadType{0};
+    bool brokenTcp = false;
+    // Set by the stopping thread, read by the command reader.
+    std::atomic<bool> terminate{false};
+    SipHelper* sipHelper = nullptr;
+    BaseConnection* conMedia = nullptr;
+    BaseConnection* conSig = nullptr;
+    H323Parser* h323Parser = nullptr;
+    std::string cmdThreadId = "cmdReaderThread";
+
+    // Multiset of destinations: an entry's count is how often it was added,
+    // so lookups stay constant-time however many calls the recorder follows.
+    std::unordered_map<RtpAddr, unsigned, RtpAddrHash> rtpList;
+    std::mutex rtpListLock;
+
+    std::deque<SniffedPacket> packetQueue;
+    std::mutex packetQueueLock;
+    std::condition_variable packetPresent;
+    uint64_t produced = 0;               // guarded by packetQueueLock
+    std::atomic<uint64_t> processed{0};  // packets taken and finished (or dumped)
+
+    static std::atomic<SngDissector*> dissector;
+    static pthread_t cmdThread;
+    static bool cmdThreadStarted;
+    static log4cxx::LoggerPtr logger;
+};
+
+#endif
