@@ -79,9 +79,14 @@ TEST(PropertiesFileDeathTest, UnreadableFileEndsTheProcessWithStatus1) {
 
 namespace {
 struct SettingsCase {
+    const char* name;
     const char* file;
     const char* report;  // what reportSettings writes to standard error, whole
 };
+
+void PrintTo(const SettingsCase& settings, std::ostream* os) {
+    *os << settings.name;
+}
 
 [[noreturn]] void reportSettings(const std::string& path) {
     SnifferConfig settings(path);
@@ -103,15 +108,16 @@ TEST_P(SnifferSettingsDeathTest, ReadsLogLevelTraceFlagAndPort) {
 INSTANTIATE_TEST_SUITE_P(
     Cases, SnifferSettingsDeathTest,
     testing::Values(
-        SettingsCase{"LogLevel= \twarn \r\nTraceSignalling=yes\nServerPort=6000x\n",
+        SettingsCase{"TrimmedLevelAndExactYes", "LogLevel= \twarn \r\nTraceSignalling=yes\nServerPort=6000x\n",
                      "^LogLevel=WARN TraceSignalling=0 ServerPort=6000\n$"},
-        SettingsCase{"LogLevel=debug\nTraceSignalling=no\nServerPort=port\n",
+        SettingsCase{"LowerCaseLevelAndNo", "LogLevel=debug\nTraceSignalling=no\nServerPort=port\n",
                      "^LogLevel=DEBUG TraceSignalling=1 ServerPort=0\n$"},
-        SettingsCase{"LogLevel=TRACE\nTraceSignalling=YES\n",
+        SettingsCase{"UnknownLevelAndUpperCaseYes", "LogLevel=TRACE\nTraceSignalling=YES\n",
                      "^Invalid LogLevel, assuming INFO\nLogLevel=INFO TraceSignalling=1 ServerPort=0\n$"},
         // An absent LogLevel is invalid too; a blank before '=' makes another key.
-        SettingsCase{"TraceSignalling =yes\n",
-                     "^Invalid LogLevel, assuming INFO\nLogLevel=INFO TraceSignalling=1 ServerPort=0\n$"}));
+        SettingsCase{"AbsentLevelAndKeyWithBlank", "TraceSignalling =yes\n",
+                     "^Invalid LogLevel, assuming INFO\nLogLevel=INFO TraceSignalling=1 ServerPort=0\n$"}),
+    [](const testing::TestParamInfo<SettingsCase>& info) { return info.param.name; });
 
 // ---------------------------------------------------------------- device list
 
