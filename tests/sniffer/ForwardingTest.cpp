@@ -25,10 +25,13 @@ protected:
         ASSERT_TRUE(recorder.next());
     }
 
-    ForwardedFrame forwarded(const Bytes& frame) {
-        capture(frame);
+    ForwardedFrame forwarded(const Bytes& frame, std::size_t wireLength = 0) {
+        capture(frame, wireLength);
         const auto received = recorder.next();
-        return received ? *received : ForwardedFrame{Bytes(15, 0)};
+        if (received)
+            return *received;
+        ADD_FAILURE() << "nothing was forwarded";
+        return {Bytes(15, 0)};
     }
 
     // The frame is dropped when the marker captured after it is the next to arrive.
@@ -107,6 +110,13 @@ TEST_F(Forwarding, EthernetPaddingOfAShortDatagramIsForwardedWithIt) {
     EXPECT_EQ(expected, frame.payload());
 }
 
+TEST_F(Forwarding, FrameCutAtTheSnapLengthIsForwardedAtItsWireLengthZeroFilled) {
+    const Bytes frame = udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5060}, bytesOf("SIP/2.0 200 OK"));
+    Bytes expected = bytesOf("SIP/2.0 200 OK");
+    expected.resize(expected.size() + 6, 0);
+    EXPECT_EQ(expected, forwarded(frame, frame.size() + 6).payload());
+}
+
 TEST_F(Forwarding, OtherProtocolsAndBadIpHeadersAreDroppedWithARawHeaderDump) {
     expectDropped(ipFrame(1 /*ICMP*/, 0x001C, 0x1234, 0x4000, 0x40, 0xABCD, Bytes(8, 0)));
     // The 16-bit fields are shown as a little-endian host reads the wire bytes.
@@ -136,9 +146,9 @@ TEST_F(Forwarding, TcpSegmentsAreNeverForwardedRaw) {
 TEST_F(Forwarding, TruncatedFramesAreDroppedWithoutHarm) {
     const Bytes udp = udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5060}, bytesOf("SIP/2.0 200 OK"));
     const Bytes tcp = tcpFrame({"10.0.0.1", 1720}, {"10.0.0.2", 1720}, Bytes{3, 0, 0, 8, 'd', 'a', 't', 'a'});
-    for (std::size_t n = 0; n <= 42; ++n)
+    for (std::size_t n = 1; n <= 42; ++n)
         capture(Bytes(udp.begin(), udp.begin() + n));
-    for (std::size_t n = 0; n <= 54; ++n)
+    for (std::size_t n = 1; n <= 54; ++n)
         capture(Bytes(tcp.begin(), tcp.begin() + n));
     expectDropped(Bytes(udp.begin(), udp.begin() + 42));
 }

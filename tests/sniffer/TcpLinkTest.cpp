@@ -139,7 +139,7 @@ TEST(TcpRecorderOutage, LinkReconnectsOnceBackAndForgetsRtpListAndQueue) {
     ASSERT_TRUE(recorder.next());
     ASSERT_TRUE(recorder.apply({command(1, "10.0.0.2", 5000)}));
     capture(rtp);
-    ASSERT_EQ(2, recorder.next()->protocol());
+    ASSERT_EQ(2, recorder.next().value().protocol());
 
     const std::size_t outage = log.size();
     recorder.stop();
@@ -180,7 +180,7 @@ TEST(TcpRecorderOutage, LinkReconnectsOnceBackAndForgetsRtpListAndQueue) {
     EXPECT_EQ(bytesOf("SIP/2.0 200 marker"), next->payload());
     ASSERT_TRUE(recorder.apply({command(1, "10.0.0.2", 5000)}));
     capture(rtp);
-    EXPECT_EQ(2, recorder.next()->protocol());
+    EXPECT_EQ(2, recorder.next().value().protocol());
     for (const ForwardedFrame& frame : recorder.received())
         EXPECT_EQ(std::string::npos, std::string(frame.bytes.begin(), frame.bytes.end()).find("queued"));
 }

@@ -1,5 +1,6 @@
 #include "Frames.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <pcap.h>
 #include <sys/time.h>
@@ -109,9 +110,10 @@ Bytes padded(Bytes frame) {
     return frame;
 }
 
-void capture(const Bytes& frame) {
+void capture(const Bytes& frame, std::size_t wireLength) {
     pcap_pkthdr header{};
     gettimeofday(&header.ts, nullptr);
-    header.caplen = header.len = static_cast<bpf_u_int32>(frame.size());
+    header.caplen = static_cast<bpf_u_int32>(frame.size());
+    header.len = static_cast<bpf_u_int32>(std::max(frame.size(), wireLength));
     Sniffer::gotPacket(nullptr, &header, frame.data());
 }

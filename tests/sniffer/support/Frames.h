@@ -29,7 +29,8 @@ Bytes ipFrame(uint8_t protocol, uint16_t totalLength, uint16_t id, uint16_t frag
 // Zero bytes up to the 60-byte Ethernet minimum, as a NIC pads short frames.
 Bytes padded(Bytes frame);
 
-// Hands a frame to the engine as the capture callback would receive it.
-void capture(const Bytes& frame);
+// Hands a frame to the engine as the capture callback would receive it;
+// a `wireLength` beyond the frame's size says it was cut at the snap length.
+void capture(const Bytes& frame, std::size_t wireLength = 0);
 
 #endif

@@ -3,6 +3,8 @@
 #include <memory>
 #include <sstream>
 
+#include <gtest/gtest.h>
+
 #include "ChildProcess.h"
 #include "Network.h"
 
@@ -17,10 +19,11 @@ std::vector<std::vector<std::string>> udpPayloads(const std::string& capture, co
             std::vector<std::string>{"tshark", "-r", capture, "-Y", filter, "-T", "fields", "-e", "udp.payload"},
             ChildProcess::StandardError::Discarded));
     std::vector<std::vector<std::string>> results;
-    for (auto& reader : readers) {
-        reader->wait(60s);
+    for (std::size_t i = 0; i < readers.size(); ++i) {
+        ChildProcess& reader = *readers[i];
+        EXPECT_EQ(0, reader.wait(60s).value_or(-1)) << "tshark failed on " << capture << " with " << filters[i];
         std::vector<std::string> lines;
-        std::istringstream text(reader->output());
+        std::istringstream text(reader.output());
         for (std::string line; std::getline(text, line);)
             lines.push_back(line);
         results.push_back(std::move(lines));
