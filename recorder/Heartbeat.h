@@ -8,7 +8,11 @@ namespace recorder {
 // Probes the sniffer every `interval` and says so when a reply takes longer than that.
 class Heartbeat {
 public:
-    Heartbeat(CommandSink& sniffer, Milliseconds interval) : sniffer_(sniffer), interval_(interval) {}
+    // The first probe goes out one interval after `start`.
+    Heartbeat(CommandSink& sniffer, Milliseconds interval, TimePoint start)
+        : sniffer_(sniffer), interval_(interval), nextProbe_(start + interval)
+    {
+    }
 
     void tick(TimePoint now);
     void replied(TimePoint now);
@@ -18,7 +22,7 @@ public:
 private:
     CommandSink& sniffer_;
     Milliseconds interval_;
-    TimePoint nextProbe_{};
+    TimePoint nextProbe_;
     TimePoint askedAt_{};
     bool waiting_ = false;
     bool lateReported_ = false;

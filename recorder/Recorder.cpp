@@ -15,7 +15,7 @@ Recorder::Recorder(const Options& options)
       archive_(options.output),
       link_(*this),
       tracker_(link_, archive_, options.idle, options.linger),
-      heartbeat_(link_, options.heartbeat)
+      heartbeat_(link_, options.heartbeat, Clock::now())
 {
 }
 
