@@ -80,7 +80,13 @@ Endpoint endpoint(const std::string& ip, uint16_t port);
 Bytes frame(uint8_t protocol, const Endpoint& source, const Endpoint& destination, const std::string& payload);
 Command command(uint8_t code, const Endpoint& rtp);
 
-// SIP messages of one call between 10.0.0.1:5060 (caller) and 10.0.0.2:5060 (callee).
+// The parties of the test calls: signalling, and where each receives RTP.
+inline const Endpoint kCallerSip{0x0a000001, 5060};
+inline const Endpoint kCalleeSip{0x0a000002, 5060};
+inline const Endpoint kCallerRtp{0x0a000001, 4000};
+inline const Endpoint kCalleeRtp{0x0a000002, 5000};
+
+// SIP messages of one call between kCallerSip and kCalleeSip.
 std::string sdp(const std::string& ip, uint16_t port, int payloadType);
 std::string sipRequest(const std::string& method, const std::string& callId, const std::string& body = "",
                        bool fromCallee = false);

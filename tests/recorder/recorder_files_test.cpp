@@ -9,11 +9,6 @@
 namespace recorder::test {
 namespace {
 
-const Endpoint kCallerSip = endpoint("10.0.0.1", 5060);
-const Endpoint kCalleeSip = endpoint("10.0.0.2", 5060);
-const Endpoint kCallerRtp = endpoint("10.0.0.1", 4000);
-const Endpoint kCalleeRtp = endpoint("10.0.0.2", 5000);
-
 constexpr uint8_t kPcmu = 0, kPcma = 8;
 constexpr uint8_t kAlawLoudest = 0xaa;  // +32256
 constexpr uint8_t kUlawLoudest = 0x80;  // +32124

@@ -7,11 +7,6 @@
 namespace recorder::test {
 namespace {
 
-const Endpoint kCallerSip = endpoint("10.0.0.1", 5060);
-const Endpoint kCalleeSip = endpoint("10.0.0.2", 5060);
-const Endpoint kCallerRtp = endpoint("10.0.0.1", 4000);
-const Endpoint kCalleeRtp = endpoint("10.0.0.2", 5000);
-
 Bytes sipFrame(const std::string& message, bool fromCaller = true)
 {
     return frame(1, fromCaller ? kCallerSip : kCalleeSip, fromCaller ? kCalleeSip : kCallerSip, message);
@@ -25,6 +20,15 @@ Bytes invite(const std::string& callId, const Endpoint& media = kCallerRtp)
 Bytes answer(const std::string& callId)
 {
     return sipFrame(sipResponse(200, "INVITE", callId, sdp("10.0.0.2", 5000, 8)), false);
+}
+
+// INVITE and 200, and the two commands they bring.
+void establish(const TcpSniffer& sniffer, const std::string& callId)
+{
+    sniffer.send(invite(callId));
+    sniffer.send(answer(callId));
+    ASSERT_EQ(sniffer.readCommand(), command(1, kCallerRtp));
+    ASSERT_EQ(sniffer.readCommand(), command(1, kCalleeRtp));
 }
 
 Bytes heartbeatReply()
@@ -59,10 +63,7 @@ TEST(RecorderLink, ReinviteMovesTheMediaOfThePartyThatSentIt)
 {
     RecorderProcess recorder;
     TcpSniffer sniffer(recorder.port());
-    sniffer.send(invite("call-2"));
-    sniffer.send(answer("call-2"));
-    ASSERT_EQ(sniffer.readCommand(), command(1, kCallerRtp));
-    ASSERT_EQ(sniffer.readCommand(), command(1, kCalleeRtp));
+    establish(sniffer, "call-2");
 
     // The callee re-INVITEs with a new port: its old address goes, the caller's stays.
     sniffer.send(sipFrame(sipRequest("INVITE", "call-2", sdp("10.0.0.2", 5002, 8), true), false));
@@ -108,10 +109,7 @@ TEST(RecorderLink, ReconnectingSnifferIsAskedAgainForTheOpenCalls)
     RecorderProcess recorder;
     {
         TcpSniffer sniffer(recorder.port());
-        sniffer.send(invite("call-3"));
-        sniffer.send(answer("call-3"));
-        ASSERT_EQ(sniffer.readCommand(), command(1, kCallerRtp));
-        ASSERT_EQ(sniffer.readCommand(), command(1, kCalleeRtp));
+        establish(sniffer, "call-3");
     }
     TcpSniffer again(recorder.port());
     EXPECT_EQ(again.readCommand(), command(1, kCallerRtp));
