@@ -11,7 +11,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <regex>
 #include <sstream>
 #include <stdexcept>
 
@@ -84,13 +83,13 @@ RecorderProcess::RecorderProcess(std::vector<std::string> extraArguments)
         }
     });
 
-    const std::regex listening("Listening for the sniffer on 127\\.0\\.0\\.1:([0-9]+)");
-    std::smatch match;
+    const std::string listening = "Listening for the sniffer on 127.0.0.1:";
     if (!waitUntil([&] {
             const std::string text = log();
-            if (!std::regex_search(text, match, listening))
+            const size_t found = text.find(listening);
+            if (found == std::string::npos)
                 return false;
-            port_ = static_cast<uint16_t>(std::stoi(match[1]));
+            port_ = static_cast<uint16_t>(std::stoi(text.substr(found + listening.size())));
             return true;
         }, 5s))
         throw std::runtime_error("the recorder did not start:\n" + log());
