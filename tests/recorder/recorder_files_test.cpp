@@ -54,7 +54,8 @@ protected:
                                rtp(kPcma, sequence, 160u * (sequence - 100), 0x1111, kAlawLoudest)));
         // Callee to caller, μ-law: one second in order.
         for (uint16_t sequence = 0; sequence < 50; ++sequence)
-            sniffer.send(frame(2, kCalleeRtp, kCallerRtp, rtp(kPcmu, sequence, 160u * sequence, 0x2222, kUlawLoudest)));
+            sniffer.send(
+                frame(2, kCalleeRtp, kCallerRtp, rtp(kPcmu, sequence, 160u * sequence, 0x2222, kUlawLoudest)));
 
         sip(sipRequest("BYE", "call-a@10.0.0.1"), true);
         sip(sipResponse(200, "BYE", "call-a@10.0.0.1"), false);
