@@ -83,14 +83,11 @@ void CallTracker::followSip(Tracked& tracked, const SipMessage& message, TimePoi
 {
     Call& call = *tracked.call;
     if (!message.sdp.empty() && (message.isRequest || message.status < 300)) {
-        std::vector<MediaAddress> addresses = mediaOf(message.sdp);
-        std::vector<Endpoint> announced;
-        for (const MediaAddress& address : addresses)
-            announced.push_back(address.address);
-        for (const Endpoint& dropped : call.replaceMedia(sender(message, tracked.callerTag), std::move(addresses)))
+        const std::vector<MediaAddress> addresses = mediaOf(message.sdp);
+        for (const Endpoint& dropped : call.replaceMedia(sender(message, tracked.callerTag), addresses))
             unroute(dropped, call);
-        for (const Endpoint& address : announced)
-            route(address, call);
+        for (const MediaAddress& address : addresses)
+            route(address.address, call);
     }
 
     if (message.isRequest && message.method == "BYE")
