@@ -116,7 +116,8 @@ TEST_F(RecorderFiles, PcapHoldsEverySipAndRtpPacketWithItsAddresses)
     const std::string fields =
         run("tshark -r '" + (folder / "call.pcap").string() +
             "' -d udp.port==4000,rtp -d udp.port==5000,rtp -T fields -E separator=' ' "
-            "-e ip.src -e udp.srcport -e ip.dst -e udp.dstport -e sip.Method -e sip.Status-Code -e rtp.seq 2>/dev/null");
+            "-e ip.src -e udp.srcport -e ip.dst -e udp.dstport -e sip.Method -e sip.Status-Code -e rtp.seq "
+            "2>/dev/null");
     std::vector<std::string> lines;
     std::istringstream in(fields);
     for (std::string line; std::getline(in, line);)
