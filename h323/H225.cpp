@@ -812,6 +812,28 @@ const Component SetupAcknowledge_UUIE_[] = {
 };
 const Type SetupAcknowledge_UUIE = sequence("SetupAcknowledge-UUIE", SetupAcknowledge_UUIE_, Extensible);
 
+// Status-UUIE and StatusInquiry-UUIE have the same components as SetupAcknowledge-UUIE.
+const Type Status_UUIE = sequence("Status-UUIE", SetupAcknowledge_UUIE_, Extensible);
+const Type StatusInquiry_UUIE = sequence("StatusInquiry-UUIE", SetupAcknowledge_UUIE_, Extensible);
+
+// Notify-UUIE ::= SEQUENCE { protocolIdentifier ProtocolIdentifier, callIdentifier CallIdentifier,
+//   tokens SEQUENCE OF ClearToken OPTIONAL, cryptoTokens SEQUENCE OF CryptoH323Token OPTIONAL, ...,
+//   connectedAddress SEQUENCE OF AliasAddress OPTIONAL, presentationIndicator PresentationIndicator OPTIONAL,
+//   screeningIndicator ScreeningIndicator OPTIONAL, destinationInfo EndpointType OPTIONAL,
+//   displayName SEQUENCE OF DisplayName OPTIONAL }
+const Component Notify_UUIE_[] = {
+    {"protocolIdentifier", ProtocolIdentifier},
+    {"callIdentifier", CallIdentifier},
+    {"tokens", ClearTokens, Optional},
+    {"cryptoTokens", CryptoH323Tokens, Optional},
+    {"connectedAddress", AliasAddresses, Addition},
+    {"presentationIndicator", PresentationIndicator, Addition},
+    {"screeningIndicator", ScreeningIndicator, Addition},
+    {"destinationInfo", EndpointType, Addition},
+    {"displayName", OpenType, Addition},
+};
+const Type Notify_UUIE = sequence("Notify-UUIE", Notify_UUIE_, Extensible);
+
 // H323-UU-PDU ::= SEQUENCE {
 //   h323-message-body CHOICE { setup Setup-UUIE, callProceeding CallProceeding-UUIE,
 //     connect Connect-UUIE, alerting Alerting-UUIE, information Information-UUIE,
@@ -834,10 +856,10 @@ const Component H323_UU_PDU_h323_message_body_[] = {
     {"facility", Facility_UUIE},
     {"progress", Progress_UUIE, Addition},
     {"empty", Null, Addition},
-    {"status", OpenType, Addition},
-    {"statusInquiry", OpenType, Addition},
+    {"status", Status_UUIE, Addition},
+    {"statusInquiry", StatusInquiry_UUIE, Addition},
     {"setupAcknowledge", SetupAcknowledge_UUIE, Addition},
-    {"notify", OpenType, Addition},
+    {"notify", Notify_UUIE, Addition},
 };
 const Type H323_UU_PDU_h323_message_body = choice("h323_message_body", H323_UU_PDU_h323_message_body_, Extensible);
 const Type NonStandardParameters = sequenceOf(NonStandardParameter);
@@ -874,7 +896,8 @@ const Type H323_UserInformation = sequence("H323-UserInformation", H323_UserInfo
 const Type* const kTypes[] = {
     &H323_UserInformation, &H323_UU_PDU, &Setup_UUIE, &CallProceeding_UUIE, &Connect_UUIE,
     &Alerting_UUIE, &Information_UUIE, &ReleaseComplete_UUIE, &ReleaseCompleteReason, &Facility_UUIE,
-    &FacilityReason, &Progress_UUIE, &SetupAcknowledge_UUIE, &TransportAddress, &AliasAddress,
+    &FacilityReason, &Progress_UUIE, &SetupAcknowledge_UUIE, &Status_UUIE, &StatusInquiry_UUIE, &Notify_UUIE,
+    &TransportAddress, &AliasAddress,
     &PartyNumber, &PublicPartyNumber, &PrivatePartyNumber, &PublicTypeOfNumber, &PrivateTypeOfNumber,
     &MobileUIM, &ANSI_41_UIM, &GSM_UIM, &EndpointType, &VendorIdentifier, &H221NonStandard,
     &GatekeeperInfo, &GatewayInfo, &McuInfo, &TerminalInfo, &SupportedProtocols, &H310Caps,

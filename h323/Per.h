@@ -312,6 +312,7 @@ public:
         Slot operator[](std::string_view component);   // SEQUENCE: makes it present
         Slot choose(std::string_view alternative);      // CHOICE
         Slot chooseUnknown(unsigned tag);               // CHOICE: an extension alternative the table lacks
+        Slot chosen();                                  // CHOICE: the alternative chosen before
         Slot addUnknownAddition();                      // SEQUENCE: an addition the table lacks
         Slot append();                                  // SEQUENCE OF
 

@@ -97,6 +97,11 @@ Builder::Slot Builder::Slot::chooseUnknown(unsigned tag) {
     return Slot(builder_, child);
 }
 
+Builder::Slot Builder::Slot::chosen() {
+    if (node().type->kind != Kind::Choice || node().first == 0) misuse("nothing chosen in", node().type->name ? node().type->name : "");
+    return Slot(builder_, node().first);
+}
+
 Builder::Slot Builder::Slot::addUnknownAddition() {
     present();
     uint32_t child = builder_->tree_.appendChild(index_);
