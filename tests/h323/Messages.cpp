@@ -81,8 +81,6 @@ std::string tunnelledTerminalCapabilitySet() {
 
 std::string tunnelledOpenLogicalChannel() { return fromHex("030000640c201d800b0d0001000a01038f138980"); }
 
-namespace {
-
 void addFastStart(Builder::Slot uuie) {
     Builder::Slot list = uuie["fastStart"];
     for (const std::string& olc : fastStartProposals()) list.append().setBytes(olc);
@@ -90,7 +88,6 @@ void addFastStart(Builder::Slot uuie) {
 
 void setCallId(Builder::Slot uuie, uint8_t seed) { uuie["callIdentifier"]["guid"].setBytes(guid(seed)); }
 
-// Setup with the aliases given by `fill`, IPv4 H.245 address unless told otherwise.
 Signal setup(uint8_t seed) {
     Signal s(Q931::Setup, "setup", 0x1000 + seed);
     Builder::Slot b = s.body();
@@ -108,6 +105,8 @@ Signal setup(uint8_t seed) {
     return s;
 }
 
+namespace {
+
 Message setupWithH245(uint8_t seed, const char* name) {
     Signal s = setup(seed);
     Builder::Slot b = s.body();
@@ -117,8 +116,9 @@ Message setupWithH245(uint8_t seed, const char* name) {
     return s.message(name);
 }
 
-// A body that carries only the mandatory components and a call id.
-Signal answer(uint8_t type, const char* body, uint8_t seed, bool fromDestination = true) {
+}  // namespace
+
+Signal answer(uint8_t type, const char* body, uint8_t seed, bool fromDestination) {
     Signal s(type, body, 0x1000 + seed, fromDestination);
     Builder::Slot b = s.body();
     const per::Type& t = *b.value().type();
@@ -133,8 +133,6 @@ Signal answer(uint8_t type, const char* body, uint8_t seed, bool fromDestination
     s.pdu()["h245Tunneling"].setBool(true);
     return s;
 }
-
-}  // namespace
 
 std::vector<Message> signallingMessages() {
     std::vector<Message> all;

@@ -45,6 +45,15 @@ std::vector<std::string> fastStartProposals();
 std::string tunnelledTerminalCapabilitySet();
 std::string tunnelledOpenLogicalChannel();
 
+// Builders of whole messages, call reference 0x1000 + seed:
+// a Setup with its mandatory parts, Q.931 numbers 5551000 -> 5552000 and
+// a call id; and an answer of `type` carrying only its mandatory parts and
+// a call id.
+Signal setup(uint8_t seed);
+Signal answer(uint8_t type, const char* body, uint8_t seed, bool fromDestination = true);
+void addFastStart(per::Builder::Slot uuie);
+void setCallId(per::Builder::Slot uuie, uint8_t seed);
+
 // The call-signalling messages the oracle compares with tshark.
 std::vector<Message> signallingMessages();
 
