@@ -6,6 +6,7 @@
 #include <set>
 
 #include "LogCapture.h"
+#include "LogSearch.h"
 #include "Network.h"
 #include "Recorder.h"
 #include "SnifferRun.h"
@@ -47,9 +48,9 @@ protected:
 TEST_F(LiveCapture, LoopbackSipIsForwardedAndStopJoinsCapturesBeforeTheCommandReader) {
     auto run = start("lo", filter);
     ASSERT_EQ(0, run->setupResult());
-    EXPECT_TRUE(log.has("INFO", "Device: lo opened"));
-    EXPECT_TRUE(log.has("INFO", "Filter compilation ok: " + filter));
-    EXPECT_TRUE(log.has("INFO", "Filter instalation ok: " + filter));
+    EXPECT_TRUE(log.contains("INFO", "Device: lo opened"));
+    EXPECT_TRUE(log.contains("INFO", "Filter compilation ok: " + filter));
+    EXPECT_TRUE(log.contains("INFO", "Filter instalation ok: " + filter));
     UdpSocket phone;
     phone.sendTo("127.0.0.1", target.port(), invite);
 
@@ -62,13 +63,13 @@ TEST_F(LiveCapture, LoopbackSipIsForwardedAndStopJoinsCapturesBeforeTheCommandRe
     EXPECT_EQ(invite, got[0].payload());
 
     run->stop();
-    const long ending = log.find("Ending Sniffing ...");
-    const long capture = log.find("Completed join with PCAP thread 0 status=0");
-    const long reader = log.find("Completed join with Command reader thread, status=0");
+    const long ending = logIndex(log, "Ending Sniffing ...");
+    const long capture = logIndex(log, "Completed join with PCAP thread 0 status=0");
+    const long reader = logIndex(log, "Completed join with Command reader thread, status=0");
     ASSERT_GE(ending, 0);
     EXPECT_LT(ending, capture);
     EXPECT_LT(capture, reader);
-    EXPECT_GE(log.find("Sniffing ended."), 0);
+    EXPECT_GE(logIndex(log, "Sniffing ended."), 0);
 }
 
 TEST_F(LiveCapture, TwoDevicesCaptureEachOnAThreadOfItsOwn) {
@@ -76,8 +77,8 @@ TEST_F(LiveCapture, TwoDevicesCaptureEachOnAThreadOfItsOwn) {
     ASSERT_TRUE(veth.ok()) << "cannot make the veth pair";
     auto run = start("lo;" + veth.outside(), filter);
     ASSERT_EQ(0, run->setupResult());
-    ASSERT_TRUE(log.waitFor("PCAP thread created 1", 2s));
-    EXPECT_GE(log.find("PCAP thread created 0"), 0);
+    ASSERT_TRUE(waitForLog(log, "PCAP thread created 1", 2s));
+    EXPECT_GE(logIndex(log, "PCAP thread created 0"), 0);
 
     UdpSocket phone;
     UdpSocket inside(veth.udpSocketInside());
@@ -94,32 +95,32 @@ TEST_F(LiveCapture, TwoDevicesCaptureEachOnAThreadOfItsOwn) {
               routes);
 
     run->stop();
-    const long second = log.find("Completed join with PCAP thread 1 status=0");
-    EXPECT_LT(log.find("Completed join with PCAP thread 0 status=0"), second);
-    EXPECT_LT(second, log.find("Completed join with Command reader thread, status=0"));
+    const long second = logIndex(log, "Completed join with PCAP thread 1 status=0");
+    EXPECT_LT(logIndex(log, "Completed join with PCAP thread 0 status=0"), second);
+    EXPECT_LT(second, logIndex(log, "Completed join with Command reader thread, status=0"));
 }
 
 TEST_F(LiveCapture, DevicesThatCannotBeOpenedAreSkipped) {
     auto run = start(";nosuchdev0;lo", filter);
     ASSERT_EQ(0, run->setupResult());
-    EXPECT_TRUE(log.hasPrefix("ERROR", "Couldn't open device :"));
-    EXPECT_TRUE(log.hasPrefix("ERROR", "Couldn't open device nosuchdev0:"));
-    ASSERT_TRUE(log.waitFor("PCAP thread created 2", 2s));
-    EXPECT_EQ(1, log.countPrefix("PCAP thread created "));
+    EXPECT_TRUE(containsPrefix(log, "ERROR", "Couldn't open device :"));
+    EXPECT_TRUE(containsPrefix(log, "ERROR", "Couldn't open device nosuchdev0:"));
+    ASSERT_TRUE(waitForLog(log, "PCAP thread created 2", 2s));
+    EXPECT_EQ(1, countPrefix(log, "PCAP thread created "));
 
     UdpSocket phone;
     phone.sendTo("127.0.0.1", target.port(), invite);
     EXPECT_EQ(1u, frames(1).size());
 
     run->stop();
-    EXPECT_EQ(1, log.countPrefix("Completed join with PCAP thread "));
-    EXPECT_GE(log.find("Completed join with PCAP thread 2 status=0"), 0);
+    EXPECT_EQ(1, countPrefix(log, "Completed join with PCAP thread "));
+    EXPECT_GE(logIndex(log, "Completed join with PCAP thread 2 status=0"), 0);
 }
 
 TEST_F(LiveCapture, FilterThatDoesNotCompileEndsSetupAtTheFirstOpenedDevice) {
     auto run = start("lo;nosuchdev0", "udp and and");
     EXPECT_EQ(3, run->setupResult());
-    EXPECT_TRUE(log.hasPrefix("ERROR", "Couldn't parse filter udp and and:"));
-    EXPECT_EQ(-1, log.find("Couldn't open device nosuchdev0:", 0, true));
-    EXPECT_EQ(-1, log.find("PCAP thread created ", 0, true));
+    EXPECT_TRUE(containsPrefix(log, "ERROR", "Couldn't parse filter udp and and:"));
+    EXPECT_EQ(-1, logIndex(log, "Couldn't open device nosuchdev0:", 0, true));
+    EXPECT_EQ(-1, logIndex(log, "PCAP thread created ", 0, true));
 }

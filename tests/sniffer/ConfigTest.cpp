@@ -9,23 +9,26 @@
 #include <log4cxx/consoleappender.h>
 #include <log4cxx/patternlayout.h>
 
+#include "ChildProcess.h"
 #include "Config.h"
 #include "LogCapture.h"
 #include "Sniffer.h"
 #include "SnifferConfig.h"
-#include "TempFile.h"
 
 namespace {
-Config& loaded(const TempFile& file) {
+// Writes `text` as the file `name` in `dir` and loads it.
+Config& loaded(const TempDir& dir, const std::string& name, const std::string& text) {
+    dir.write(name, text);
     Config* config = Config::dft();
-    config->setCfgFileName(file.path());
+    config->setCfgFileName(dir.file(name));
     config->loadProperties();
     return *config;
 }
 }  // namespace
 
 TEST(PropertiesFile, ValuesAreTrimmedKeysAreTakenAsWrittenAndTheFirstKeyWins) {
-    const TempFile file(
+    const TempDir dir;
+    Config& config = loaded(dir, "first.properties",
         "# a line without an equals sign is a comment\n"
         "readA.spaced = \t two words \t\r\n"
         "readA.blank=   \n"
@@ -33,7 +36,6 @@ TEST(PropertiesFile, ValuesAreTrimmedKeysAreTakenAsWrittenAndTheFirstKeyWins) {
         "readA.twice=first\n"
         "readA.twice=second\n"
         "readA.last=no line feed");
-    Config& config = loaded(file);
 
     EXPECT_EQ("two words", config.getProperty("readA.spaced "));
     EXPECT_EQ("", config.getProperty("readA.spaced"));
@@ -43,19 +45,20 @@ TEST(PropertiesFile, ValuesAreTrimmedKeysAreTakenAsWrittenAndTheFirstKeyWins) {
     EXPECT_EQ("no line feed", config.getProperty("readA.last"));
     EXPECT_EQ("", config.getProperty("readA.absent"));
 
-    const TempFile second("readA.twice=third\nreadA.new=added\n");
-    loaded(second);
+    loaded(dir, "second.properties", "readA.twice=third\nreadA.new=added\n");
     EXPECT_EQ("first", config.getProperty("readA.twice"));
     EXPECT_EQ("added", config.getProperty("readA.new"));
 }
 
 TEST(PropertiesFile, OverLongLineIsSkippedWithAWarningAndReadingGoesOn) {
     const std::string longest = "readB.longest=" + std::string(511 - 14, 'y');
-    const TempFile file("readB.before=1\nreadB.long=" + std::string(600, 'x') + "\n" + longest + "\nreadB.after=2\n");
+    const TempDir dir;
     LogCapture log;
-    Config& config = loaded(file);
+    Config& config =
+        loaded(dir, "long.properties",
+               "readB.before=1\nreadB.long=" + std::string(600, 'x') + "\n" + longest + "\nreadB.after=2\n");
 
-    EXPECT_TRUE(log.has("WARN", "Skipping line 2 of " + file.path() + ": longer than 511 characters"));
+    EXPECT_TRUE(log.contains("WARN", "Skipping line 2 of " + dir.file("long.properties") + ": longer than 511 characters"));
     EXPECT_EQ("", config.getProperty("readB.long"));
     EXPECT_EQ("1", config.getProperty("readB.before"));
     EXPECT_EQ(std::string(497, 'y'), config.getProperty("readB.longest"));
@@ -101,8 +104,9 @@ class SnifferSettingsDeathTest : public testing::TestWithParam<SettingsCase> {};
 
 TEST_P(SnifferSettingsDeathTest, ReadsLogLevelTraceFlagAndPort) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const TempFile file(GetParam().file);
-    EXPECT_EXIT(reportSettings(file.path()), testing::ExitedWithCode(0), GetParam().report);
+    const TempDir dir;
+    dir.write("sniffer.properties", GetParam().file);
+    EXPECT_EXIT(reportSettings(dir.file("sniffer.properties")), testing::ExitedWithCode(0), GetParam().report);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -145,11 +149,11 @@ TEST(DeviceList, MoreThanTenDevicesOrOverLongNamesAreRejectedWithoutChange) {
 
     const std::string eleven = "d0;d1;d2;d3;d4;d5;d6;d7;d8;d9;d10";
     EXPECT_EQ(1, sniffer.setDevice(eleven.c_str()));
-    EXPECT_TRUE(log.has("ERROR", "Too many devices in " + eleven + ": at most 10 are supported"));
+    EXPECT_TRUE(log.contains("ERROR", "Too many devices in " + eleven + ": at most 10 are supported"));
 
     const std::string tooLong(256, 'n');
     EXPECT_EQ(1, sniffer.setDevice(("eth0;" + tooLong).c_str()));
-    EXPECT_TRUE(log.has("ERROR", "Device name longer than 255 characters: " + tooLong));
+    EXPECT_TRUE(log.contains("ERROR", "Device name longer than 255 characters: " + tooLong));
     EXPECT_EQ(2, sniffer.getDeviceCount());
     EXPECT_STREQ("eth1", sniffer.getDevice(1));
 
@@ -163,5 +167,5 @@ TEST(DeviceList, OverLongConfigurationFileNameIsRejected) {
     char program[] = "sniffer", option[] = "-c";
     char* argv[] = {program, option, name.data(), nullptr};
     EXPECT_EQ(1, sniffer.configureFromFile(3, argv));
-    EXPECT_TRUE(log.has("ERROR", "File name longer than 4095 characters: " + name));
+    EXPECT_TRUE(log.contains("ERROR", "File name longer than 4095 characters: " + name));
 }

@@ -6,11 +6,12 @@
 
 #include <csignal>
 
+#include "Bytes.h"
 #include "ChildProcess.h"
 #include "Network.h"
 #include "PcapFeed.h"
+#include "Programs.h"
 #include "Recorder.h"
-#include "TempFile.h"
 #include "Tshark.h"
 
 namespace {
@@ -40,52 +41,55 @@ bool appearsInOrder(const std::string& text, const std::vector<std::string>& par
     return true;
 }
 
-void expectSetupFailure(ChildProcess& program) {
-    const auto status = program.wait(10s);
-    ASSERT_TRUE(status) << "still running";
-    EXPECT_NE(0, *status);
-    EXPECT_NE(std::string::npos, program.output().find("Couldn't parse filter udp and and:")) << program.output();
-    EXPECT_NE(std::string::npos, program.output().find("Errors in setup, terminating...\n"));
+// `program` writes its output to the file `output`.
+void expectSetupFailure(ChildProcess& program, const std::string& output) {
+    ASSERT_TRUE(program.waitFor(10s)) << "still running";
+    EXPECT_NE(0, program.exitStatus());
+    const std::string text = readFile(output);
+    EXPECT_NE(std::string::npos, text.find("Couldn't parse filter udp and and:")) << text;
+    EXPECT_NE(std::string::npos, text.find("Errors in setup, terminating...\n"));
 }
 
-void expectCleanStop(ChildProcess& program, int signal) {
-    ASSERT_TRUE(program.waitForOutput("PCAP thread created 0", 5s)) << program.output();
+void expectCleanStop(ChildProcess& program, const std::string& output, int signal) {
+    ASSERT_TRUE(waitForText(output, "PCAP thread created 0", 5s)) << readFile(output);
     program.signal(signal);
-    const auto status = program.wait(5s);
-    ASSERT_TRUE(status) << "did not stop on signal " << signal;
-    EXPECT_EQ(0, *status);
-    EXPECT_TRUE(appearsInOrder(program.output(), {"Ending Sniffing ...", "Completed join with PCAP thread 0 status=0",
-                                                  "Completed join with Command reader thread, status=0"}))
-        << program.output();
-    EXPECT_NE(std::string::npos, program.output().find("Sniffing ended."));
+    ASSERT_TRUE(program.waitFor(5s)) << "did not stop on signal " << signal;
+    EXPECT_EQ(0, program.exitStatus());
+    const std::string text = readFile(output);
+    EXPECT_TRUE(appearsInOrder(text, {"Ending Sniffing ...", "Completed join with PCAP thread 0 status=0",
+                                      "Completed join with Command reader thread, status=0"}))
+        << text;
+    EXPECT_NE(std::string::npos, text.find("Sniffing ended."));
 }
 
-std::string hex(const Bytes& bytes) {
-    static const char digits[] = "0123456789abcdef";
-    std::string text;
-    for (uint8_t b : bytes) {
-        text += digits[b >> 4];
-        text += digits[b & 0x0F];
-    }
-    return text;
+// Starts `sniffer` with `settings` as its properties file, its output
+// going to the file `output` in `dir`.
+ChildProcess startSniffer(const TempDir& dir, const std::string& settings, const std::string& output) {
+    dir.write("log4cxx.properties", logConfig);
+    dir.write("sniffer.properties", settings);
+    return ChildProcess({SNIFFER_PROGRAM, "-c", dir.file("sniffer.properties"), "-l", dir.file("log4cxx.properties")},
+                        dir.file(output));
 }
 
 // Replays `capture` through a program started by `launch` (given the device
-// name): the first packet, which is SIP, brings the link up; then the
+// name and a folder for its files; it writes its output to program.log
+// there): the first packet, which is SIP, brings the link up; then the
 // recorder lists `rtp`; then the rest of the file follows. Compares the
 // forwarded SIP payloads and the number of RTP frames with tshark's.
 template <typename Launch>
 void expectReplayMatchesTshark(Recorder& recorder, const std::string& capture, const std::vector<Destination>& rtp,
                                Launch launch) {
-    if (!ChildProcess::available("tshark"))
+    if (onPath("tshark").empty())
         GTEST_SKIP() << "tshark is not installed";
     if (access(capture.c_str(), R_OK) != 0)
         GTEST_SKIP() << capture << " is absent: the shared captures are not next to the source tree";
 
+    const TempDir dir;
+    const std::string output = dir.file("program.log");
     PcapFeed feed(capture);
     feed.begin(1);
-    ChildProcess program = launch(feed.device());
-    ASSERT_TRUE(recorder.next(5s)) << program.output();
+    ChildProcess program = launch(feed.device(), dir);
+    ASSERT_TRUE(recorder.next(5s)) << readFile(output);
     std::vector<Bytes> commands;
     std::string rtpRule;
     for (const Destination& d : rtp) {
@@ -93,11 +97,10 @@ void expectReplayMatchesTshark(Recorder& recorder, const std::string& capture, c
         rtpRule += std::string(rtpRule.empty() ? "" : " || ") + "(ip.dst==" + d.ip +
                    " && udp.dstport==" + std::to_string(d.port) + ")";
     }
-    ASSERT_TRUE(recorder.apply(commands)) << program.output();
+    ASSERT_TRUE(recorder.apply(commands)) << readFile(output);
     feed.finish();
-    const auto status = program.wait(30s);
-    ASSERT_TRUE(status) << "did not stop at the end of the capture";
-    EXPECT_EQ(0, *status) << program.output();
+    ASSERT_TRUE(program.waitFor(30s)) << "did not stop at the end of the capture";
+    EXPECT_EQ(0, program.exitStatus()) << readFile(output);
 
     const auto oracle = tshark::udpPayloads(capture, {tshark::sipRule, "(" + rtpRule + ") && !(" + tshark::sipRule + ")"});
     const std::vector<std::string>& sip = oracle[0];
@@ -108,7 +111,7 @@ void expectReplayMatchesTshark(Recorder& recorder, const std::string& capture, c
         std::vector<std::string> payloads;
         for (const ForwardedFrame& frame : recorder.received())
             if (frame.protocol() == protocol)
-                payloads.push_back(hex(frame.payload()));
+                payloads.push_back(h323::test::hex(frame.payload()));
         return payloads;
     };
     waitUntil([&] { return forwarded(1).size() + forwarded(2).size() >= sip.size() + rtpCount; }, 5s);
@@ -118,15 +121,16 @@ void expectReplayMatchesTshark(Recorder& recorder, const std::string& capture, c
 }  // namespace
 
 TEST(Programs, FilterThatDoesNotCompileIsReportedOnStandardError) {
-    const TempFile capture(emptyCapture, ".pcap");
-    ChildProcess udpsniffer({UDPSNIFFER_PROGRAM, "-d", "file:" + capture.path(), "-f", "udp and and", "-h",
-                             "127.0.0.1", "-p", "9"});
-    expectSetupFailure(udpsniffer);
+    const TempDir dir;
+    dir.write("empty.pcap", emptyCapture);
+    ChildProcess udpsniffer({UDPSNIFFER_PROGRAM, "-d", "file:" + dir.file("empty.pcap"), "-f", "udp and and", "-h",
+                             "127.0.0.1", "-p", "9"},
+                            dir.file("udpsniffer.log"));
+    expectSetupFailure(udpsniffer, dir.file("udpsniffer.log"));
 
-    const TempFile logging(logConfig);
-    const TempFile properties("Device=file:" + capture.path() + "\nFilter=udp and and\nServerName=127.0.0.1\n");
-    ChildProcess sniffer({SNIFFER_PROGRAM, "-c", properties.path(), "-l", logging.path()});
-    expectSetupFailure(sniffer);
+    ChildProcess sniffer =
+        startSniffer(dir, "Device=file:" + dir.file("empty.pcap") + "\nFilter=udp and and\n", "sniffer.log");
+    expectSetupFailure(sniffer, dir.file("sniffer.log"));
 }
 
 TEST(Programs, StopInOrderOnSigtermOrSigint) {
@@ -135,37 +139,37 @@ TEST(Programs, StopInOrderOnSigtermOrSigint) {
     TcpRecorder recorder;
     const UdpSocket target;
     const std::string filter = "udp and dst port " + std::to_string(target.port());
+    const TempDir dir;
     ChildProcess udpsniffer(
-        {UDPSNIFFER_PROGRAM, "-d", "lo", "-f", filter, "-h", "127.0.0.1", "-p", std::to_string(recorder.port())});
-    expectCleanStop(udpsniffer, SIGTERM);
+        {UDPSNIFFER_PROGRAM, "-d", "lo", "-f", filter, "-h", "127.0.0.1", "-p", std::to_string(recorder.port())},
+        dir.file("udpsniffer.log"));
+    expectCleanStop(udpsniffer, dir.file("udpsniffer.log"), SIGTERM);
 
-    const TempFile logging(logConfig);
-    const TempFile properties("Device=lo\nFilter=" + filter + "\nServerName=127.0.0.1\nServerPort=" +
-                              std::to_string(recorder.port()) + "\n");
-    ChildProcess sniffer({SNIFFER_PROGRAM, "-c", properties.path(), "-l", logging.path()});
-    expectCleanStop(sniffer, SIGINT);
+    ChildProcess sniffer = startSniffer(
+        dir, "Device=lo\nFilter=" + filter + "\nServerName=127.0.0.1\nServerPort=" + std::to_string(recorder.port()),
+        "sniffer.log");
+    expectCleanStop(sniffer, dir.file("sniffer.log"), SIGINT);
 }
 
 TEST(Replay, SnifferForwardsEverySipMessageAndTheListedRtpOverUdp) {
     UdpRecorder recorder;
-    const TempFile logging(logConfig);
-    std::unique_ptr<TempFile> properties;
-    expectReplayMatchesTshark(recorder, SHARED_CAPTURES_DIR "/sip-call-g711.pcap",
-                              {{"200.57.7.204", 8000}, {"200.57.7.196", 40376}}, [&](const std::string& device) {
-                                  properties = std::make_unique<TempFile>(
-                                      "Device=" + device + "\nFilter=udp\nServerName=127.0.0.1\nServerPort=" +
-                                      std::to_string(recorder.port()) + "\nServerProtocol=UDP\n");
-                                  return ChildProcess({SNIFFER_PROGRAM, "-c", properties->path(), "-l",
-                                                       logging.path()});
-                              });
+    expectReplayMatchesTshark(
+        recorder, SHARED_CAPTURES_DIR "/sip-call-g711.pcap", {{"200.57.7.204", 8000}, {"200.57.7.196", 40376}},
+        [&](const std::string& device, const TempDir& dir) {
+            return startSniffer(dir,
+                                "Device=" + device + "\nFilter=udp\nServerName=127.0.0.1\nServerPort=" +
+                                    std::to_string(recorder.port()) + "\nServerProtocol=UDP\n",
+                                "program.log");
+        });
 }
 
 TEST(Replay, UdpsnifferForwardsEverySipMessageAndTheListedRtpOverTcp) {
     TcpRecorder recorder;
     expectReplayMatchesTshark(recorder, SHARED_CAPTURES_DIR "/sip-call-dvi4.pcap",
                               {{"10.0.2.20", 6000}, {"10.0.2.15", 30490}, {"10.0.2.15", 25146}},
-                              [&](const std::string& device) {
+                              [&](const std::string& device, const TempDir& dir) {
                                   return ChildProcess({UDPSNIFFER_PROGRAM, "-d", device, "-f", "udp", "-h",
-                                                       "127.0.0.1", "-p", std::to_string(recorder.port())});
+                                                       "127.0.0.1", "-p", std::to_string(recorder.port())},
+                                                      dir.file("program.log"));
                               });
 }

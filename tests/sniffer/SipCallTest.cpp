@@ -9,9 +9,9 @@
 #include "ChildProcess.h"
 #include "LogCapture.h"
 #include "Network.h"
+#include "Programs.h"
 #include "Recorder.h"
 #include "SnifferRun.h"
-#include "TempFile.h"
 #include "Tshark.h"
 
 namespace {
@@ -32,23 +32,26 @@ struct CallCounts {
 
 // Places one call from SIPp to SIPp and returns what tshark saw of it.
 CallCounts placeCall(const Ports& p, const std::string& filter) {
-    const TempFile wire("", ".pcap");
-    ChildProcess tcpdump({"tcpdump", "-i", "lo", "-U", "-Z", "root", "-w", wire.path(), filter});
-    EXPECT_TRUE(tcpdump.waitForOutput("listening on lo", 5s)) << tcpdump.output();
-    ChildProcess callee({"sipp", "-sn", "uas", "-i", "127.0.0.1", "-p", std::to_string(p.callee), "-mp",
+    const TempDir dir;
+    const std::string wire = dir.file("call.pcap");
+    ChildProcess tcpdump({onPath("tcpdump"), "-i", "lo", "-U", "-Z", "root", "-w", wire, filter},
+                         dir.file("tcpdump.log"));
+    EXPECT_TRUE(waitForText(dir.file("tcpdump.log"), "listening on lo", 5s)) << readFile(dir.file("tcpdump.log"));
+    ChildProcess callee({onPath("sipp"), "-sn", "uas", "-i", "127.0.0.1", "-p", std::to_string(p.callee), "-mp",
                          std::to_string(p.media), "-m", "1", "-nostdin", "-timeout", "30s"});
     std::this_thread::sleep_for(300ms);
-    ChildProcess caller({"sipp", "127.0.0.1:" + std::to_string(p.callee), "-sf", SIPP_CALLER_SCENARIO, "-i",
+    ChildProcess caller({onPath("sipp"), "127.0.0.1:" + std::to_string(p.callee), "-sf", SIPP_CALLER_SCENARIO, "-i",
                          "127.0.0.1", "-p", std::to_string(p.caller), "-mp", std::to_string(p.callerMedia), "-m", "1",
-                         "-nostdin", "-timeout", "30s"});
+                         "-nostdin", "-timeout", "30s"},
+                        dir.file("caller.log"));
     // The caller ends after the answer to its BYE: the call is over.
-    EXPECT_EQ(0, caller.wait(40s).value_or(-1)) << caller.output();
+    EXPECT_TRUE(caller.waitFor(40s) && caller.exitStatus() == 0) << readFile(dir.file("caller.log"));
     std::this_thread::sleep_for(1500ms);  // libpcap hands packets over within a second
     tcpdump.signal(SIGINT);
-    tcpdump.wait(5s);
+    tcpdump.waitFor(5s);
 
     const auto oracle = tshark::udpPayloads(
-        wire.path(),
+        wire,
         {tshark::sipRule, "udp.dstport==" + std::to_string(p.media) + " && !(" + tshark::sipRule + ")"});
     return {oracle[0].size(), oracle[1].size()};
 }
@@ -58,7 +61,7 @@ TEST(SipCall, EveryMessageIsForwardedAndRtpOnlyWhileTheRecorderListsIt) {
     if (!runningAsRoot())
         GTEST_SKIP() << "live capture needs root";
     for (const char* program : {"sipp", "tcpdump", "tshark"})
-        if (!ChildProcess::available(program))
+        if (onPath(program).empty())
             GTEST_SKIP() << program << " is not installed";
 
     LogCapture log;

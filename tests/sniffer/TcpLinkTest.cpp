@@ -7,6 +7,7 @@
 
 #include "Frames.h"
 #include "LogCapture.h"
+#include "LogSearch.h"
 #include "Recorder.h"
 #include "SnifferRun.h"
 #include "TcpConnection.h"
@@ -58,7 +59,7 @@ TEST_F(TcpLink, FramesArriveWholeAndInOrder) {
         ASSERT_TRUE(received);
         EXPECT_EQ(frame, received->bytes);
     }
-    EXPECT_TRUE(log.has("INFO", "Tcp socket send buffer size=60000"));
+    EXPECT_TRUE(log.contains("INFO", "Tcp socket send buffer size=60000"));
 }
 
 TEST_F(TcpLink, CommandSplitOverTwoSegmentsIsDecodedOnceComplete) {
@@ -70,7 +71,7 @@ TEST_F(TcpLink, CommandSplitOverTwoSegmentsIsDecodedOnceComplete) {
     ASSERT_TRUE(link->receiveRequest(request));
     EXPECT_EQ(SnifferRequest(1, 0x0A000007, 40000), request);
     EXPECT_FALSE(link->receiveRequest(request));
-    EXPECT_TRUE(log.has("DEBUG", "rx from server cmd=1, ip=10.0.0.7, port=40000"));
+    EXPECT_TRUE(log.contains("DEBUG", "rx from server cmd=1, ip=10.0.0.7, port=40000"));
 }
 
 TEST_F(TcpLink, TwoCommandsInOneSegmentAreHandedOutOneByOne) {
@@ -86,7 +87,7 @@ TEST_F(TcpLink, TwoCommandsInOneSegmentAreHandedOutOneByOne) {
     ASSERT_TRUE(link->receiveRequest(request));
     EXPECT_EQ(SnifferRequest(3, 0xC0A80102, 4321), request);
     EXPECT_FALSE(link->receiveRequest(request));
-    EXPECT_TRUE(log.has("DEBUG", "Heartbeat request received"));
+    EXPECT_TRUE(log.contains("DEBUG", "Heartbeat request received"));
 }
 
 TEST_F(TcpLink, CommandStraddlingTheEndOfTheReceiveRingIsDecoded) {
@@ -119,7 +120,7 @@ TEST_F(TcpLink, RecorderClosingInTheMiddleOfACommandClosesTheLink) {
     EXPECT_FALSE(link->receiveRequest(request));
     EXPECT_FALSE(link->receiveRequest(request));
     EXPECT_FALSE(link->isConnected());
-    EXPECT_TRUE(log.has("INFO", "Connection to Recorder closed."));
+    EXPECT_TRUE(log.contains("INFO", "Connection to Recorder closed."));
     EXPECT_EQ(SnifferRequest(), request);
 }
 
@@ -141,24 +142,24 @@ TEST(TcpRecorderOutage, LinkReconnectsOnceBackAndForgetsRtpListAndQueue) {
     capture(rtp);
     ASSERT_EQ(2, recorder.next().value().protocol());
 
-    const std::size_t outage = log.size();
+    const std::size_t outage = log.events().size();
     recorder.stop();
     const std::string connecting = "Connecting to recorder 127.0.0.1:" + port;
     ASSERT_TRUE(waitUntil(
         [&] {
             capture(sip("lost"));
-            return log.waitFor(connecting, 1500ms, outage);
+            return waitForLog(log, connecting, 1500ms, outage);
         },
         6s));
     // The failed attempt empties the queue, then sleeps a second; what is
     // queued meanwhile goes with the next failed attempt.
-    ASSERT_TRUE(log.waitFor("Dissector packet queue cleared.", 1s, log.find(connecting, outage)));
-    const std::size_t queued = log.size();
+    ASSERT_TRUE(waitForLog(log, "Dissector packet queue cleared.", 1s, logIndex(log, connecting, outage)));
+    const std::size_t queued = log.events().size();
     for (const char* text : {"queued-1", "queued-2", "queued-3"})
         capture(sip(text));
-    ASSERT_TRUE(log.waitFor("Dissector packet queue cleared.", 3s, queued));
+    ASSERT_TRUE(waitForLog(log, "Dissector packet queue cleared.", 3s, queued));
     EXPECT_EQ("Dissector packet queue cleared. 2 packets dumped.",
-              log.events()[log.find("Dissector packet queue cleared.", queued, true)].message);
+              log.events()[logIndex(log, "Dissector packet queue cleared.", queued, true)].message);
 
     recorder.start();
     ASSERT_TRUE(waitUntil(
@@ -167,8 +168,8 @@ TEST(TcpRecorderOutage, LinkReconnectsOnceBackAndForgetsRtpListAndQueue) {
             return recorder.next(1500ms).has_value();
         },
         8s));
-    EXPECT_EQ(1, log.countPrefix("Connecting to recorder ", outage));
-    EXPECT_TRUE(log.has("INFO", "Connected to recorder 127.0.0.1:" + port));
+    EXPECT_EQ(1, countPrefix(log, "Connecting to recorder ", outage));
+    EXPECT_TRUE(log.contains("INFO", "Connected to recorder 127.0.0.1:" + port));
 
     // The recorder has to name its RTP destinations again.
     capture(rtp);

@@ -47,7 +47,7 @@ TEST(UdpLink, CommandDatagramIsDecodedAndLogged) {
     recorder.sendTo("127.0.0.1", localPort(link), {0x03, 0x0A, 0x00, 0x00, 0x07, 0x9C, 0x40});
     ASSERT_TRUE(receive(link, request));
     EXPECT_EQ(SnifferRequest(3, 0x0A000007, 40000), request);
-    EXPECT_TRUE(log.has("DEBUG", "rx from server cmd=3, ip=10.0.0.7, port=40000, nRcvd=7"));
+    EXPECT_TRUE(log.contains("DEBUG", "rx from server cmd=3, ip=10.0.0.7, port=40000, nRcvd=7"));
     EXPECT_FALSE(link.receiveRequest(request));
 }
 

@@ -11,7 +11,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "ChildProcess.h"
+#include "Programs.h"
 
 bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds timeout) {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
@@ -93,9 +93,9 @@ Bytes UdpSocket::receive(std::chrono::milliseconds timeout, uint16_t* fromPort) 
 
 namespace {
 bool ip(const std::vector<std::string>& args) {
-    std::vector<std::string> argv{"ip"};
+    std::vector<std::string> argv{onPath("ip")};
     argv.insert(argv.end(), args.begin(), args.end());
-    return ChildProcess::run(argv, 10s) == 0;
+    return runsCleanly(argv, 10s);
 }
 }  // namespace
 

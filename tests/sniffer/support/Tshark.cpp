@@ -1,5 +1,7 @@
 #include "Tshark.h"
 
+#include <algorithm>
+#include <cctype>
 #include <memory>
 #include <sstream>
 
@@ -7,26 +9,38 @@
 
 #include "ChildProcess.h"
 #include "Network.h"
+#include "Programs.h"
 
 namespace tshark {
 
 const std::string sipRule = "udp.payload matches \"^(?i)(SIP/2\\\\.0|\\\\s*\\\\S{1,15}\\\\s+sip:)\"";
 
+namespace {
+// tshark warns on standard error when run as root, into the same file;
+// only the field lines are hexadecimal.
+std::vector<std::string> hexLines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        if (!line.empty() && std::all_of(line.begin(), line.end(), [](unsigned char c) { return std::isxdigit(c); }))
+            lines.push_back(line);
+    return lines;
+}
+}  // namespace
+
 std::vector<std::vector<std::string>> udpPayloads(const std::string& capture, const std::vector<std::string>& filters) {
+    const TempDir dir;
     std::vector<std::unique_ptr<ChildProcess>> readers;
-    for (const std::string& filter : filters)
+    for (std::size_t i = 0; i < filters.size(); ++i)
         readers.push_back(std::make_unique<ChildProcess>(
-            std::vector<std::string>{"tshark", "-r", capture, "-Y", filter, "-T", "fields", "-e", "udp.payload"},
-            ChildProcess::StandardError::Discarded));
+            std::vector<std::string>{onPath("tshark"), "-r", capture, "-Y", filters[i], "-T", "fields", "-e",
+                                     "udp.payload"},
+            dir.file(std::to_string(i))));
     std::vector<std::vector<std::string>> results;
     for (std::size_t i = 0; i < readers.size(); ++i) {
-        ChildProcess& reader = *readers[i];
-        EXPECT_EQ(0, reader.wait(60s).value_or(-1)) << "tshark failed on " << capture << " with " << filters[i];
-        std::vector<std::string> lines;
-        std::istringstream text(reader.output());
-        for (std::string line; std::getline(text, line);)
-            lines.push_back(line);
-        results.push_back(std::move(lines));
+        EXPECT_TRUE(readers[i]->waitFor(60s) && readers[i]->exitStatus() == 0)
+            << "tshark failed on " << capture << " with " << filters[i] << ": " << readFile(dir.file(std::to_string(i)));
+        results.push_back(hexLines(readFile(dir.file(std::to_string(i)))));
     }
     return results;
 }
