@@ -20,10 +20,10 @@ protected:
     }
 
     std::unique_ptr<SnifferRun> start(const std::string& devices, const std::string& captureFilter) {
-        return std::make_unique<SnifferRun>(std::vector<std::string>{"-d", devices, "-f", captureFilter, "-h",
-                                                                     "127.0.0.1", "-p",
-                                                                     std::to_string(recorder.port())},
-                                            "UDP");
+        return std::make_unique<SnifferRun>(
+            std::vector<std::string>{"-d", devices, "-f", captureFilter, "-h", "127.0.0.1", "-p",
+                                     std::to_string(recorder.port())},
+            "UDP");
     }
 
     // Frames until `n` have come or none comes for three seconds.

@@ -5,9 +5,9 @@
 // (whose keys are fixed) run each case in a fresh process.
 #include <gtest/gtest.h>
 
-#include <iostream>
 #include <log4cxx/consoleappender.h>
 #include <log4cxx/patternlayout.h>
+#include <iostream>
 
 #include "ChildProcess.h"
 #include "Config.h"
@@ -29,13 +29,13 @@ Config& loaded(const TempDir& dir, const std::string& name, const std::string& t
 TEST(PropertiesFile, ValuesAreTrimmedKeysAreTakenAsWrittenAndTheFirstKeyWins) {
     const TempDir dir;
     Config& config = loaded(dir, "first.properties",
-        "# a line without an equals sign is a comment\n"
-        "readA.spaced = \t two words \t\r\n"
-        "readA.blank=   \n"
-        "readA.equals=a=b\n"
-        "readA.twice=first\n"
-        "readA.twice=second\n"
-        "readA.last=no line feed");
+                            "# a line without an equals sign is a comment\n"
+                            "readA.spaced = \t two words \t\r\n"
+                            "readA.blank=   \n"
+                            "readA.equals=a=b\n"
+                            "readA.twice=first\n"
+                            "readA.twice=second\n"
+                            "readA.last=no line feed");
 
     EXPECT_EQ("two words", config.getProperty("readA.spaced "));
     EXPECT_EQ("", config.getProperty("readA.spaced"));
@@ -58,7 +58,8 @@ TEST(PropertiesFile, OverLongLineIsSkippedWithAWarningAndReadingGoesOn) {
         loaded(dir, "long.properties",
                "readB.before=1\nreadB.long=" + std::string(600, 'x') + "\n" + longest + "\nreadB.after=2\n");
 
-    EXPECT_TRUE(log.contains("WARN", "Skipping line 2 of " + dir.file("long.properties") + ": longer than 511 characters"));
+    EXPECT_TRUE(
+        log.contains("WARN", "Skipping line 2 of " + dir.file("long.properties") + ": longer than 511 characters"));
     EXPECT_EQ("", config.getProperty("readB.long"));
     EXPECT_EQ("1", config.getProperty("readB.before"));
     EXPECT_EQ(std::string(497, 'y'), config.getProperty("readB.longest"));
@@ -111,16 +112,16 @@ TEST_P(SnifferSettingsDeathTest, ReadsLogLevelTraceFlagAndPort) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, SnifferSettingsDeathTest,
-    testing::Values(
-        SettingsCase{"TrimmedLevelAndExactYes", "LogLevel= \twarn \r\nTraceSignalling=yes\nServerPort=6000x\n",
-                     "^LogLevel=WARN TraceSignalling=0 ServerPort=6000\n$"},
-        SettingsCase{"LowerCaseLevelAndNo", "LogLevel=debug\nTraceSignalling=no\nServerPort=port\n",
-                     "^LogLevel=DEBUG TraceSignalling=1 ServerPort=0\n$"},
-        SettingsCase{"UnknownLevelAndUpperCaseYes", "LogLevel=TRACE\nTraceSignalling=YES\n",
-                     "^Invalid LogLevel, assuming INFO\nLogLevel=INFO TraceSignalling=1 ServerPort=0\n$"},
-        // An absent LogLevel is invalid too; a blank before '=' makes another key.
-        SettingsCase{"AbsentLevelAndKeyWithBlank", "TraceSignalling =yes\n",
-                     "^Invalid LogLevel, assuming INFO\nLogLevel=INFO TraceSignalling=1 ServerPort=0\n$"}),
+    testing::Values(SettingsCase{"TrimmedLevelAndExactYes",
+                                 "LogLevel= \twarn \r\nTraceSignalling=yes\nServerPort=6000x\n",
+                                 "^LogLevel=WARN TraceSignalling=0 ServerPort=6000\n$"},
+                    SettingsCase{"LowerCaseLevelAndNo", "LogLevel=debug\nTraceSignalling=no\nServerPort=port\n",
+                                 "^LogLevel=DEBUG TraceSignalling=1 ServerPort=0\n$"},
+                    SettingsCase{"UnknownLevelAndUpperCaseYes", "LogLevel=TRACE\nTraceSignalling=YES\n",
+                                 "^Invalid LogLevel, assuming INFO\nLogLevel=INFO TraceSignalling=1 ServerPort=0\n$"},
+                    // An absent LogLevel is invalid too; a blank before '=' makes another key.
+                    SettingsCase{"AbsentLevelAndKeyWithBlank", "TraceSignalling =yes\n",
+                                 "^Invalid LogLevel, assuming INFO\nLogLevel=INFO TraceSignalling=1 ServerPort=0\n$"}),
     [](const testing::TestParamInfo<SettingsCase>& info) { return info.param.name; });
 
 // ---------------------------------------------------------------- device list

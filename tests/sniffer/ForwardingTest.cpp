@@ -70,7 +70,8 @@ TEST_F(Forwarding, RtpListFollowsAddAndRemoveCommandsByDestination) {
     expectDropped(udpFrame({"10.1.2.3", 8000}, {"10.9.0.1", 3000}, rtp));
     expectDropped(udpFrame({"10.9.0.1", 3000}, {"10.1.2.3", 8000}, {}));
     // SIP is recognised first, even when sent to a listed destination.
-    EXPECT_EQ(1, forwarded(udpFrame({"10.9.0.1", 3000}, {"10.1.2.3", 8000}, bytesOf("BYE sip:a@b SIP/2.0"))).protocol());
+    EXPECT_EQ(1,
+              forwarded(udpFrame({"10.9.0.1", 3000}, {"10.1.2.3", 8000}, bytesOf("BYE sip:a@b SIP/2.0"))).protocol());
 
     ASSERT_TRUE(recorder.apply({command(9, "10.1.2.3", 8000)}));
     EXPECT_EQ(2, forwarded(toListed).protocol());
@@ -91,8 +92,8 @@ TEST_F(Forwarding, HeartbeatRequestIsAnsweredWithAnEmptyProtocol3Frame) {
 
 TEST_F(Forwarding, VlanTagsAndIpOptionsAreSkippedToFindThePayload) {
     const Bytes sip = bytesOf("SIP/2.0 180 Ringing");
-    for (const FrameOptions& options : {FrameOptions{etherTypeVlan}, FrameOptions{etherTypeQinQ},
-                                         FrameOptions{etherTypeIpv4, 3}}) {
+    for (const FrameOptions& options :
+         {FrameOptions{etherTypeVlan}, FrameOptions{etherTypeQinQ}, FrameOptions{etherTypeIpv4, 3}}) {
         SCOPED_TRACE(testing::Message() << "EtherType " << std::hex << options.etherType << ", IP option words "
                                         << options.ipOptionWords);
         const ForwardedFrame frame = forwarded(udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5070}, sip, options));
@@ -104,7 +105,8 @@ TEST_F(Forwarding, VlanTagsAndIpOptionsAreSkippedToFindThePayload) {
 }
 
 TEST_F(Forwarding, EthernetPaddingOfAShortDatagramIsForwardedWithIt) {
-    const ForwardedFrame frame = forwarded(padded(udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5060}, bytesOf("SIP/2.0 OK"))));
+    const ForwardedFrame frame =
+        forwarded(padded(udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5060}, bytesOf("SIP/2.0 OK"))));
     Bytes expected = bytesOf("SIP/2.0 OK");
     expected.resize(18, 0);
     EXPECT_EQ(33, frame.length());
@@ -122,16 +124,16 @@ TEST_F(Forwarding, OtherProtocolsAndBadIpHeadersAreDroppedWithARawHeaderDump) {
     expectDropped(ipFrame(1 /*ICMP*/, 0x001C, 0x1234, 0x4000, 0x40, 0xABCD, Bytes(8, 0)));
     // The 16-bit fields are shown as a little-endian host reads the wire bytes.
     EXPECT_TRUE(log.contains("ERROR",
-                        "*** Dropping IP packet with unknown upper layer protocol\n"
-                        "vhl=45 tos=00 len=1c00 id=3412 off=0040 ttl=40 p=01 sum=cdab"));
+                             "*** Dropping IP packet with unknown upper layer protocol\n"
+                             "vhl=45 tos=00 len=1c00 id=3412 off=0040 ttl=40 p=01 sum=cdab"));
 
-    const Bytes arp = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x02, 0, 0, 0, 0, 0x01, 0x08, 0x06,  // Ethernet
-                       0x00, 0x01, 0x08, 0x00, 0x06, 0x04, 0x00, 0x01,                          // request
-                       0x02, 0, 0, 0, 0, 0x01, 10, 0, 0, 1, 0, 0, 0, 0, 0, 0, 10, 0, 0, 2};
+    const Bytes arp = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x02, 0,    0, 0, 0, 0x01, 0x08, 0x06,  // Ethernet
+                       0x00, 0x01, 0x08, 0x00, 0x06, 0x04, 0x00, 0x01,                             // request
+                       0x02, 0,    0,    0,    0,    0x01, 10,   0,    0, 1, 0, 0,    0,    0,    0, 0, 10, 0, 0, 2};
     expectDropped(arp);
     EXPECT_TRUE(log.contains("ERROR",
-                        "*** Dropping IP packet with unknown IP header\n"
-                        "vhl=00 tos=01 len=0008 id=0406 off=0100 ttl=02 p=00 sum=0000"));
+                             "*** Dropping IP packet with unknown IP header\n"
+                             "vhl=00 tos=01 len=0008 id=0406 off=0100 ttl=02 p=00 sum=0000"));
 }
 
 TEST_F(Forwarding, TcpSegmentsAreNeverForwardedRaw) {
@@ -180,16 +182,16 @@ TEST_P(SipStartLine, DecidesWhetherADatagramIsSip) {
     EXPECT_EQ(payload, sent.payload());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Lines, SipStartLine,
-    testing::Values(StartLine{"Request", "INVITE sip:alice@example.com SIP/2.0\r\n", true},
-                    StartLine{"UnknownMethod", "FOO sip:x", true},  // the method is not checked
-                    StartLine{"OtherCase", "invite SIP:bob@host SIP/2.0", true},
-                    StartLine{"LeadingWhite", "\t OPTIONS sip:bob@host SIP/2.0", true},
-                    StartLine{"TelUri", "INVITE tel:+1555 SIP/2.0", false},
-                    StartLine{"Status", "SIP/2.0 200 OK\r\n", true},
-                    StartLine{"StatusOtherCase", "sip/2.0 180 Ringing", true},
-                    StartLine{"StatusAfterBlank", " SIP/2.0 200 OK", false},
-                    StartLine{"FirstWordOf15Bytes", "ABCDEFGHIJKLMNO sip:x", true},
-                    StartLine{"FirstWordOf16Bytes", "ABCDEFGHIJKLMNOP sip:x", false}),  // the budget runs out
-    [](const testing::TestParamInfo<StartLine>& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(Lines, SipStartLine,
+                         testing::Values(StartLine{"Request", "INVITE sip:alice@example.com SIP/2.0\r\n", true},
+                                         StartLine{"UnknownMethod", "FOO sip:x", true},  // the method is not checked
+                                         StartLine{"OtherCase", "invite SIP:bob@host SIP/2.0", true},
+                                         StartLine{"LeadingWhite", "\t OPTIONS sip:bob@host SIP/2.0", true},
+                                         StartLine{"TelUri", "INVITE tel:+1555 SIP/2.0", false},
+                                         StartLine{"Status", "SIP/2.0 200 OK\r\n", true},
+                                         StartLine{"StatusOtherCase", "sip/2.0 180 Ringing", true},
+                                         StartLine{"StatusAfterBlank", " SIP/2.0 200 OK", false},
+                                         StartLine{"FirstWordOf15Bytes", "ABCDEFGHIJKLMNO sip:x", true},
+                                         StartLine{"FirstWordOf16Bytes", "ABCDEFGHIJKLMNOP sip:x",
+                                                   false}),  // the budget runs out
+                         [](const testing::TestParamInfo<StartLine>& info) { return info.param.name; });

@@ -22,9 +22,10 @@ const std::string logConfig =
     "log4j.appender.out.layout.ConversionPattern=%p %m%n\n";
 
 // A capture file header (Ethernet) with no packet behind it.
-const std::string emptyCapture("\xD4\xC3\xB2\xA1\x02\x00\x04\x00\x00\x00\x00\x00\x00\x00\x00\x00"
-                               "\xFF\xFF\x00\x00\x01\x00\x00\x00",
-                               24);
+const std::string emptyCapture(
+    "\xD4\xC3\xB2\xA1\x02\x00\x04\x00\x00\x00\x00\x00\x00\x00\x00\x00"
+    "\xFF\xFF\x00\x00\x01\x00\x00\x00",
+    24);
 
 struct Destination {
     const char* ip;
@@ -102,7 +103,8 @@ void expectReplayMatchesTshark(Recorder& recorder, const std::string& capture, c
     ASSERT_TRUE(program.waitFor(30s)) << "did not stop at the end of the capture";
     EXPECT_EQ(0, program.exitStatus()) << readFile(output);
 
-    const auto oracle = tshark::udpPayloads(capture, {tshark::sipRule, "(" + rtpRule + ") && !(" + tshark::sipRule + ")"});
+    const auto oracle =
+        tshark::udpPayloads(capture, {tshark::sipRule, "(" + rtpRule + ") && !(" + tshark::sipRule + ")"});
     const std::vector<std::string>& sip = oracle[0];
     const std::size_t rtpCount = oracle[1].size();
     ASSERT_FALSE(sip.empty());
@@ -123,9 +125,9 @@ void expectReplayMatchesTshark(Recorder& recorder, const std::string& capture, c
 TEST(Programs, FilterThatDoesNotCompileIsReportedOnStandardError) {
     const TempDir dir;
     dir.write("empty.pcap", emptyCapture);
-    ChildProcess udpsniffer({UDPSNIFFER_PROGRAM, "-d", "file:" + dir.file("empty.pcap"), "-f", "udp and and", "-h",
-                             "127.0.0.1", "-p", "9"},
-                            dir.file("udpsniffer.log"));
+    ChildProcess udpsniffer(
+        {UDPSNIFFER_PROGRAM, "-d", "file:" + dir.file("empty.pcap"), "-f", "udp and and", "-h", "127.0.0.1", "-p", "9"},
+        dir.file("udpsniffer.log"));
     expectSetupFailure(udpsniffer, dir.file("udpsniffer.log"));
 
     ChildProcess sniffer =
@@ -168,8 +170,8 @@ TEST(Replay, UdpsnifferForwardsEverySipMessageAndTheListedRtpOverTcp) {
     expectReplayMatchesTshark(recorder, SHARED_CAPTURES_DIR "/sip-call-dvi4.pcap",
                               {{"10.0.2.20", 6000}, {"10.0.2.15", 30490}, {"10.0.2.15", 25146}},
                               [&](const std::string& device, const TempDir& dir) {
-                                  return ChildProcess({UDPSNIFFER_PROGRAM, "-d", device, "-f", "udp", "-h",
-                                                       "127.0.0.1", "-p", std::to_string(recorder.port())},
+                                  return ChildProcess({UDPSNIFFER_PROGRAM, "-d", device, "-f", "udp", "-h", "127.0.0.1",
+                                                       "-p", std::to_string(recorder.port())},
                                                       dir.file("program.log"));
                               });
 }

@@ -40,10 +40,10 @@ CallCounts placeCall(const Ports& p, const std::string& filter) {
     ChildProcess callee({onPath("sipp"), "-sn", "uas", "-i", "127.0.0.1", "-p", std::to_string(p.callee), "-mp",
                          std::to_string(p.media), "-m", "1", "-nostdin", "-timeout", "30s"});
     std::this_thread::sleep_for(300ms);
-    ChildProcess caller({onPath("sipp"), "127.0.0.1:" + std::to_string(p.callee), "-sf", SIPP_CALLER_SCENARIO, "-i",
-                         "127.0.0.1", "-p", std::to_string(p.caller), "-mp", std::to_string(p.callerMedia), "-m", "1",
-                         "-nostdin", "-timeout", "30s"},
-                        dir.file("caller.log"));
+    ChildProcess caller(
+        {onPath("sipp"), "127.0.0.1:" + std::to_string(p.callee), "-sf", SIPP_CALLER_SCENARIO, "-i", "127.0.0.1", "-p",
+         std::to_string(p.caller), "-mp", std::to_string(p.callerMedia), "-m", "1", "-nostdin", "-timeout", "30s"},
+        dir.file("caller.log"));
     // The caller ends after the answer to its BYE: the call is over.
     EXPECT_TRUE(caller.waitFor(40s) && caller.exitStatus() == 0) << readFile(dir.file("caller.log"));
     std::this_thread::sleep_for(1500ms);  // libpcap hands packets over within a second
@@ -51,8 +51,7 @@ CallCounts placeCall(const Ports& p, const std::string& filter) {
     tcpdump.waitFor(5s);
 
     const auto oracle = tshark::udpPayloads(
-        wire,
-        {tshark::sipRule, "udp.dstport==" + std::to_string(p.media) + " && !(" + tshark::sipRule + ")"});
+        wire, {tshark::sipRule, "udp.dstport==" + std::to_string(p.media) + " && !(" + tshark::sipRule + ")"});
     return {oracle[0].size(), oracle[1].size()};
 }
 }  // namespace

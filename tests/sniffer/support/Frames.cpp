@@ -1,9 +1,9 @@
 #include "Frames.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <pcap.h>
 #include <sys/time.h>
+#include <algorithm>
 
 #include "Sniffer.h"
 

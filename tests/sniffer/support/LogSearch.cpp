@@ -31,7 +31,6 @@ bool containsPrefix(const LogCapture& log, const std::string& level, const std::
     return false;
 }
 
-bool waitForLog(const LogCapture& log, const std::string& prefix, std::chrono::milliseconds timeout,
-                std::size_t from) {
+bool waitForLog(const LogCapture& log, const std::string& prefix, std::chrono::milliseconds timeout, std::size_t from) {
     return waitUntil([&] { return logIndex(log, prefix, from, true) >= 0; }, timeout);
 }

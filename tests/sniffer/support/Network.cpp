@@ -2,14 +2,14 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
-#include <fstream>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sched.h>
-#include <stdexcept>
 #include <sys/socket.h>
-#include <thread>
 #include <unistd.h>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
 
 #include "Programs.h"
 

@@ -1,8 +1,8 @@
 #include "Programs.h"
 
+#include <unistd.h>
 #include <cstdlib>
 #include <sstream>
-#include <unistd.h>
 
 #include "ChildProcess.h"
 #include "Network.h"

@@ -1,11 +1,11 @@
 #include "Recorder.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <poll.h>
-#include <stdexcept>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <algorithm>
+#include <stdexcept>
 
 namespace {
 constexpr int receiveBufferSize = 8 << 20;
@@ -35,8 +35,8 @@ uint16_t localPort(int fd) {
 }  // namespace
 
 std::string ForwardedFrame::endpoint(int at) const {
-    return std::to_string(bytes[at]) + "." + std::to_string(bytes[at + 1]) + "." + std::to_string(bytes[at + 2]) +
-           "." + std::to_string(bytes[at + 3]) + ":" + std::to_string(bytes[at + 4] << 8 | bytes[at + 5]);
+    return std::to_string(bytes[at]) + "." + std::to_string(bytes[at + 1]) + "." + std::to_string(bytes[at + 2]) + "." +
+           std::to_string(bytes[at + 3]) + ":" + std::to_string(bytes[at + 4] << 8 | bytes[at + 5]);
 }
 
 Bytes command(uint8_t code, const char* ip, uint16_t port) {

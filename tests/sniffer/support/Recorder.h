@@ -1,11 +1,11 @@
 #ifndef SNIFFER_TESTS_RECORDER_H
 #define SNIFFER_TESTS_RECORDER_H
 
+#include <netinet/in.h>
 #include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
-#include <netinet/in.h>
 #include <optional>
 #include <string>
 #include <thread>

@@ -32,14 +32,15 @@ std::vector<std::vector<std::string>> udpPayloads(const std::string& capture, co
     const TempDir dir;
     std::vector<std::unique_ptr<ChildProcess>> readers;
     for (std::size_t i = 0; i < filters.size(); ++i)
-        readers.push_back(std::make_unique<ChildProcess>(
-            std::vector<std::string>{onPath("tshark"), "-r", capture, "-Y", filters[i], "-T", "fields", "-e",
-                                     "udp.payload"},
-            dir.file(std::to_string(i))));
+        readers.push_back(
+            std::make_unique<ChildProcess>(std::vector<std::string>{onPath("tshark"), "-r", capture, "-Y", filters[i],
+                                                                    "-T", "fields", "-e", "udp.payload"},
+                                           dir.file(std::to_string(i))));
     std::vector<std::vector<std::string>> results;
     for (std::size_t i = 0; i < readers.size(); ++i) {
         EXPECT_TRUE(readers[i]->waitFor(60s) && readers[i]->exitStatus() == 0)
-            << "tshark failed on " << capture << " with " << filters[i] << ": " << readFile(dir.file(std::to_string(i)));
+            << "tshark failed on " << capture << " with " << filters[i] << ": "
+            << readFile(dir.file(std::to_string(i)));
         results.push_back(hexLines(readFile(dir.file(std::to_string(i)))));
     }
     return results;
