@@ -169,7 +169,7 @@ const Answer kAnswers[] = {
 
 // An answer from the called side (Information comes from the caller) with
 // the mandatory components of its body, a call id and its extras.
-Message answer(const Answer& a) {
+Message answerMessage(const Answer& a) {
     const uint8_t seed = uint8_t(&a - kAnswers + 1);
     Signal s = answer(a.type, a.body, seed, a.type != Q931::Information);
     Builder::Slot b = s.body();
@@ -239,7 +239,7 @@ std::vector<Message> signallingMessages() {
         s.q931().setElement(Q931::CallingPartyNumber, "\x21\x83" "777");   // octets 3 and 3a
         all.push_back(s.message("setup with calling number octet 3a"));
     }
-    for (const Answer& a : kAnswers) all.push_back(answer(a));
+    for (const Answer& a : kAnswers) all.push_back(answerMessage(a));
     for (int n : {1, 2}) {
         Signal s(Q931::Facility, "empty", 0x1100 + n, n == 2);
         s.pdu()["h245Tunneling"].setBool(true);
