@@ -273,6 +273,11 @@ int Sniffer::setupSniffing() {
         }
         LOG4CXX_INFO(logger, "Filter instalation ok: " << filter);
     }
+    // Counted from here, not from thread start, so that a watcher started
+    // before the threads does not see the captures as already finished.
+    capturesRunning = 0;
+    for (int i = 0; i < deviceCount; ++i)
+        capturesRunning += deviceDown[i] ? 0 : 1;
     dissector->setSniffer(this);
     dissector->setServerNameMedia(serverNameMedia);
     dissector->setServerPortMedia(serverPortMedia);
@@ -297,7 +302,6 @@ void Sniffer::startCaptureThreads() {
     for (int i = 0; i < deviceCount; ++i) {
         if (deviceDown[i])
             continue;
-        ++capturesRunning;
         const int rc = pthread_create(&thread[i], &attr, startLoop, &threadId[i]);
         if (rc != 0) {
             LOG4CXX_ERROR(logger, "Error - return code from pthread_create() is " << rc);
