@@ -1,54 +1,35 @@
 package com.morvin.dom.telephony.sniffer.jvmtest;
 
-import static com.morvin.dom.telephony.sniffer.EmbeddedPacketChannel.PROTOCOL_HEARTBEAT;
 import static com.morvin.dom.telephony.sniffer.EmbeddedPacketChannel.PROTOCOL_RTP;
 import static com.morvin.dom.telephony.sniffer.EmbeddedPacketChannel.PROTOCOL_SIP;
 
+import java.io.IOException;
 import java.nio.charset.StandardCharsets;
 import java.util.Arrays;
 import java.util.HashMap;
 import java.util.Map;
-import java.util.function.Predicate;
 
 /** Live capture on lo inside a JVM: what the host gets from getPacket and what its requests change. */
-public final class ForwardingTest {
+public final class ForwardingTest extends LoopbackTest {
 
-    private static final long FRAME_TIMEOUT_MS = 5000;
     // libpcap hands packets over up to a second late: silence is waited for this long.
     private static final long QUIET_MS = 2500;
     private static final int RTP_PORT = 8000;
 
-    private final Peer phone;
-    private final Peer proxy;
-
-    private ForwardingTest(Peer phone, Peer proxy) {
-        this.phone = phone;
-        this.proxy = proxy;
-    }
+    private ForwardingTest() throws IOException {}
 
     public static void main(String[] args) throws Exception {
-        Check.requireCapture();
-        TestHost.prepareWorkingDirectory();
-        Check check = new Check();
-        try (Peer phone = new Peer(); Peer proxy = new Peer()) {
-            ForwardingTest test = new ForwardingTest(phone, proxy);
-            check.run("SIP datagrams reach getPacket byte-exact, other datagrams do not", test::sipByteExact);
-            check.run("a frame longer than the array stays queued", test::shortArray);
-            check.run("request 1 127.0.0.1:8000 forwards datagrams there as RTP until request 2", test::rtpRequests);
-            check.run("a heartbeat request is answered once, a short request is refused", test::heartbeat);
-            check.run("two devices start two capture threads", test::twoDevices);
-            check.run("packetCount 10 ends each capture after ten packets", test::packetCount);
-        }
-        check.exit();
+        new ForwardingTest().runAll();
     }
 
-    private static byte[] sip(String startLine, int n) {
-        return (startLine + "\r\nVia: SIP/2.0/UDP 127.0.0.1\r\nCall-ID: jvm-" + n + "@127.0.0.1\r\nCSeq: " + n
-                + " INVITE\r\nContent-Length: 0\r\n\r\n").getBytes(StandardCharsets.US_ASCII);
-    }
-
-    private static byte[] invite(int n) {
-        return sip("INVITE sip:bob@127.0.0.1 SIP/2.0", n);
+    @Override
+    void cases(Check check) {
+        check.run("SIP datagrams reach getPacket byte-exact, other datagrams do not", this::sipByteExact);
+        check.run("a frame longer than the array stays queued", this::shortArray);
+        check.run("request 1 127.0.0.1:8000 forwards datagrams there as RTP until request 2", this::rtpRequests);
+        check.run("a heartbeat request is answered once, a short request is refused", this::heartbeat);
+        check.run("two devices start two capture threads", this::twoDevices);
+        check.run("packetCount 10 ends each capture after ten packets", this::packetCount);
     }
 
     private static byte[] rtp(int sequence) {
@@ -60,21 +41,6 @@ public final class ForwardingTest {
 
     private String filter() {
         return "udp and (dst port " + proxy.port + " or dst port " + RTP_PORT + ")";
-    }
-
-    private Predicate<byte[]> fromPhoneOrHeartbeat() {
-        return frame -> phone.sent(frame) || frame[2] == PROTOCOL_HEARTBEAT;
-    }
-
-    private void expectSip(TestHost host, byte[] message) throws Exception {
-        Check.bytes(phone.frame(PROTOCOL_SIP, proxy.port, message),
-                host.nextFrame(fromPhoneOrHeartbeat(), FRAME_TIMEOUT_MS), "SIP frame");
-    }
-
-    // Requests are carried out after the next packet: this one makes the engine read them.
-    private void passSip(TestHost host, int n) throws Exception {
-        phone.send(proxy.port, invite(n));
-        expectSip(host, invite(n));
     }
 
     private void sipByteExact() throws Exception {

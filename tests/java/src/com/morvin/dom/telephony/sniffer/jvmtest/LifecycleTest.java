@@ -2,7 +2,7 @@ package com.morvin.dom.telephony.sniffer.jvmtest;
 
 import com.morvin.dom.telephony.sniffer.EmbeddedPacketChannel;
 import java.io.File;
-import java.nio.charset.StandardCharsets;
+import java.io.IOException;
 import java.nio.file.Files;
 import java.util.Arrays;
 import java.util.List;
@@ -11,45 +11,28 @@ import java.util.regex.Matcher;
 import java.util.regex.Pattern;
 
 /** How runs start, refuse, fail and end inside a JVM. */
-public final class LifecycleTest {
+public final class LifecycleTest extends LoopbackTest {
 
-    private static final long FRAME_TIMEOUT_MS = 5000;
     // What "at once" allows on a loaded machine: set-up of lo takes milliseconds.
     private static final long PROMPT_MS = 2000;
-    private static final byte[] INVITE = ("INVITE sip:bob@127.0.0.1 SIP/2.0\r\nCall-ID: lifecycle@127.0.0.1\r\n"
-            + "Content-Length: 0\r\n\r\n").getBytes(StandardCharsets.US_ASCII);
 
-    private final Peer phone;
-    private final Peer proxy;
-
-    private LifecycleTest(Peer phone, Peer proxy) {
-        this.phone = phone;
-        this.proxy = proxy;
-    }
+    private LifecycleTest() throws IOException {}
 
     public static void main(String[] args) throws Exception {
-        Check.requireCapture();
-        TestHost.prepareWorkingDirectory();
-        Check check = new Check();
-        try (Peer phone = new Peer(); Peer proxy = new Peer()) {
-            LifecycleTest test = new LifecycleTest(phone, proxy);
-            check.run("without a run breakMainLoop and getPacket do nothing", test::idle);
-            check.run("a second mainLoop returns at once with an ERROR line", test::secondMainLoop);
-            check.run("breakMainLoop from another thread ends mainLoop with everything joined", test::breakJoins);
-            check.run("a bad filter is reported on standard error and mainLoop returns at once", test::badFilter);
-            check.run("a run after a failed set-up captures", test::runAfterFailedSetup);
-        }
-        check.exit();
+        new LifecycleTest().runAll();
+    }
+
+    @Override
+    void cases(Check check) {
+        check.run("without a run breakMainLoop and getPacket do nothing", this::idle);
+        check.run("a second mainLoop returns at once with an ERROR line", this::secondMainLoop);
+        check.run("breakMainLoop from another thread ends mainLoop with everything joined", this::breakJoins);
+        check.run("a bad filter is reported on standard error and mainLoop returns at once", this::badFilter);
+        check.run("a run after a failed set-up captures", this::runAfterFailedSetup);
     }
 
     private TestHost start() throws Exception {
         return TestHost.start("lo", "udp and dst port " + proxy.port, -1);
-    }
-
-    private void expectForwarding(TestHost host) throws Exception {
-        phone.send(proxy.port, INVITE);
-        Check.bytes(phone.frame(EmbeddedPacketChannel.PROTOCOL_SIP, proxy.port, INVITE),
-                host.nextFrame(phone::sent, FRAME_TIMEOUT_MS), "SIP frame");
     }
 
     private void idle() throws Exception {
@@ -66,7 +49,7 @@ public final class LifecycleTest {
         try (TestHost host = start()) {
             Thread.sleep(1500);
             Check.that(host.running(), "mainLoop ended without breakMainLoop");
-            expectForwarding(host);
+            passSip(host, 1);
         }
     }
 
@@ -76,7 +59,7 @@ public final class LifecycleTest {
             TestHost second = new TestHost(new EmbeddedPacketChannel("lo", "udp", -1, false));
             Check.that(second.awaitEnd(PROMPT_MS), "the second mainLoop did not return");
             Check.equal(refusals + 1, TestHost.logCount("ERROR mainLoop is already running"), "ERROR lines");
-            expectForwarding(host);
+            passSip(host, 1);
         }
     }
 
@@ -121,7 +104,7 @@ public final class LifecycleTest {
         TestHost failed = new TestHost(new EmbeddedPacketChannel("lo", BadFilterRun.BAD_FILTER, -1, false));
         Check.that(failed.awaitEnd(PROMPT_MS), "mainLoop with a bad filter did not return");
         try (TestHost host = start()) {
-            expectForwarding(host);
+            passSip(host, 1);
         }
     }
 }
