@@ -133,7 +133,9 @@ public class EmbeddedPacketChannel {
      * Ends the run of {@link #mainLoop}: stops and joins the capture threads
      * and lets {@code mainLoop} return. Call it from a thread other than the
      * one inside {@code mainLoop}. A run still being set up ends before it
-     * sniffs; without a run the call does nothing.
+     * sniffs; without a run the call does nothing. Do not wait for
+     * {@code mainLoop} to return while synchronised on the channel: its
+     * thread takes the channel's monitor on its way out.
      */
     public native void breakMainLoop();
 
