@@ -28,6 +28,7 @@ public final class ForwardingTest extends LoopbackTest {
         check.run("a frame longer than the array stays queued", this::shortArray);
         check.run("request 1 127.0.0.1:8000 forwards datagrams there as RTP until request 2", this::rtpRequests);
         check.run("a heartbeat request is answered once, a short request is refused", this::heartbeat);
+        check.run("a host that does not synchronise still gets every frame intact", this::unsynchronisedHost);
         check.run("two devices start two capture threads", this::twoDevices);
         check.run("packetCount 10 ends each capture after ten packets", this::packetCount);
     }
@@ -102,6 +103,18 @@ public final class ForwardingTest extends LoopbackTest {
             Check.equal(15, reply.length, "heartbeat reply length");
             Check.bytes(new byte[] {0x00, 0x0F, 0x03}, Arrays.copyOf(reply, 3), "heartbeat reply start");
             passSip(host, 7);  // and no second reply before it
+        }
+    }
+
+    private void unsynchronisedHost() throws Exception {
+        try (TestHost host = TestHost.start("lo", filter(), -1)) {
+            host.synchronise = false;
+            for (int i = 0; i < 300; i++) {
+                phone.send(proxy.port, invite(1000 + i));
+            }
+            for (int i = 0; i < 300; i++) {
+                expectSip(host, invite(1000 + i));
+            }
         }
     }
 
