@@ -150,13 +150,6 @@ TEST_F(EmbeddedEngineTest, HeartbeatIsAnsweredAfterTheNextPacket) {
     EXPECT_EQ((Bytes{0x00, 0x0F, 0x03}), Bytes(reply.begin(), reply.begin() + 3));
 }
 
-TEST_F(EmbeddedEngineTest, UnknownCommandIsIgnoredAndLaterCommandsStillApply) {
-    command(9, gateway, 7000);
-    command(3, 0, 0);
-    passMarker(1);
-    EXPECT_EQ(15u, nextFrame().size());
-}
-
 TEST_F(EmbeddedEngineTest, FramesTheHostDidNotTakeAreDroppedWithTheEngine) {
     capture(udpFrame(phone, 5062, gateway, 5060, invite));
     while (!engine->getDissector()->isDrained())
