@@ -111,6 +111,7 @@ struct Component {
     uint8_t flags;
 
     constexpr Component(const char* n, const Type& t, uint8_t f = Mandatory) : name(n), type(&t), flags(f) {}
+    Component(const char*, Type&&, uint8_t = Mandatory) = delete;   // the type must outlive the table
     // An ENUMERATED identifier.
     constexpr explicit Component(const char* n, uint8_t f = Mandatory) : name(n), type(nullptr), flags(f) {}
 
@@ -129,10 +130,6 @@ struct Type {
     const Type* element;            // SEQUENCE OF
     const char* alphabet;           // permitted alphabet, ascending; nullptr = the whole character set
     const char* name;               // ASN.1 name of a named type, for diagnostics
-
-    // Bits of one character and whether characters map through `alphabet` indices.
-    unsigned charBits() const;
-    bool charsIndexed() const;
 };
 
 // ---- building types -----------------------------------------------------
@@ -174,6 +171,7 @@ constexpr Type enumerated(const char* name, const Component (&c)[N], Extensibili
 constexpr Type sequenceOf(const Type& element, Range r = {}, const char* name = nullptr) {
     return Type{Kind::SequenceOf, r.extensible, 0, 0, 0, r, nullptr, &element, nullptr, name};
 }
+Type sequenceOf(Type&&, Range = {}, const char* = nullptr) = delete;   // the element must outlive the table
 constexpr Type integer(int64_t lower, int64_t upper, Extensibility e = Closed) {
     return detail::leaf(Kind::Integer, Range{lower, upper, e});
 }
@@ -216,6 +214,13 @@ struct Tree {
 
     void reset(const uint8_t* in);
     std::string_view bytesOf(const Node& n) const;
+    // Adds `n` absent nodes at the end; returns the first.
+    uint32_t allocate(uint32_t n);
+    // Moves the children of `parent` to the end with room for one more, so
+    // that they stay contiguous; returns the new child's index.
+    uint32_t appendChild(uint32_t parent);
+    // Puts `bytes` into the scratch buffer as the contents of node `at`.
+    void setScratchBytes(uint32_t at, std::string_view bytes);
 };
 
 // A cursor on one node. An absent component or a failed lookup gives an
@@ -307,6 +312,7 @@ public:
         Slot operator[](std::string_view component);   // SEQUENCE: makes it present
         Slot choose(std::string_view alternative);      // CHOICE
         Slot chooseUnknown(unsigned tag);               // CHOICE: an extension alternative the table lacks
+        Slot chosen();                                  // CHOICE: the alternative chosen before
         Slot addUnknownAddition();                      // SEQUENCE: an addition the table lacks
         Slot append();                                  // SEQUENCE OF
 
@@ -334,7 +340,6 @@ public:
     Value value() const { return Value(&tree_, 0); }
 
 private:
-    uint32_t addChildren(const Type* const* types, uint32_t n);
     Tree tree_;
 };
 
