@@ -71,7 +71,8 @@ constexpr size_t kFieldCount = sizeof(kFields) / sizeof(kFields[0]);
 bool endsWithPath(const std::string& path, const std::string& tail) {
     if (tail.empty()) return path.empty();
     if (path.size() < tail.size() + 1) return false;
-    return path.compare(path.size() - tail.size(), tail.size(), tail) == 0 && path[path.size() - tail.size() - 1] == '/';
+    size_t at = path.size() - tail.size();
+    return path.compare(at, tail.size(), tail) == 0 && path[at - 1] == '/';
 }
 
 // tshark writes ASN.1 identifiers as they are; the tables turn '-' into '_'.
@@ -205,7 +206,8 @@ size_t FieldCollector::fieldCount() { return kFieldCount; }
 
 void FieldCollector::visit(per::Value v, const std::string& path) {
     for (size_t f = 0; f < kFieldCount; ++f)
-        if (kFields[f].path && endsWithPath(path, kFields[f].path) && shows(kFields[f].format, v.kind())) values_[f].push_back(render(v, kFields[f].format));
+        if (kFields[f].path && endsWithPath(path, kFields[f].path) && shows(kFields[f].format, v.kind()))
+            values_[f].push_back(render(v, kFields[f].format));
 
     switch (v.kind()) {
     case per::Kind::Sequence:

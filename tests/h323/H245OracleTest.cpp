@@ -195,7 +195,8 @@ const Sample kSamples[] = {
     {"OLC H.261 with reverse", [](Slot m) { channel(m, 12, h261, unicast(5022), true); }},
     {"OLC H.263", [](Slot m) { channel(m, 13, h263, unicast(5024), false); }},
     {"OLC H.263 with reverse", [](Slot m) { channel(m, 14, h263, unicast(5026), true); }},
-    {"OLC IPv6 media channel", [](Slot m) { channel(m, 15, codec("g711Ulaw64k", 20), [](Slot s) { ipv6(s, 6000); }, false); }},
+    {"OLC IPv6 media channel",
+     [](Slot m) { channel(m, 15, codec("g711Ulaw64k", 20), [](Slot s) { ipv6(s, 6000); }, false); }},
     {"OLC IPv6 media channel with reverse",
      [](Slot m) { channel(m, 16, codec("g711Alaw64k", 20), [](Slot s) { ipv6(s, 6002); }, true); }},
     {"OLC multicast media channel",
@@ -243,10 +244,12 @@ const Sample kSamples[] = {
          c["logicalChannelNumber"].setInteger(11);
          c["type"].choose("videoFastUpdatePicture").present();
      }},
-    {"EndSessionCommand disconnect", [](Slot m) { m.choose("command").choose("endSessionCommand").choose("disconnect").present(); }},
+    {"EndSessionCommand disconnect",
+     [](Slot m) { m.choose("command").choose("endSessionCommand").choose("disconnect").present(); }},
     {"FunctionNotUnderstood returning a request",
      [](Slot m) {
-         Slot msd = m.choose("indication").choose("functionNotUnderstood").choose("request").choose("masterSlaveDetermination");
+         Slot returned = m.choose("indication").choose("functionNotUnderstood");
+         Slot msd = returned.choose("request").choose("masterSlaveDetermination");
          msd["terminalType"].setInteger(50);
          msd["statusDeterminationNumber"].setInteger(1);
      }},
