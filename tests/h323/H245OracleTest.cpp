@@ -313,7 +313,9 @@ TEST(H245Oracle, EveryBuiltMessageReadsTheSameThroughTheToolkitAndTshark) {
 TEST(H245Oracle, EveryCodecAlternativeReadsWithTsharksNameAndIndex) {
     if (!haveTshark()) GTEST_SKIP() << "tshark or text2pcap not installed";
     std::vector<Sample> samples;
-    for (auto [media, codecs] : {std::pair{"audioData", &h245::AudioCapability}, {"videoData", &h245::VideoCapability}}) {
+    const std::pair<const char*, const per::Type*> kMedia[] = {{"audioData", &h245::AudioCapability},
+                                                               {"videoData", &h245::VideoCapability}};
+    for (auto [media, codecs] : kMedia) {
         for (const per::Component& codec : std::vector(codecs->components, codecs->components + codecs->count)) {
             if (codec.type->kind == per::Kind::Open) continue;
             samples.push_back({codec.name, [media = media, codec](Slot m) {
