@@ -161,14 +161,15 @@ private:
         return false;
     }
 
-    // Normally small non-negative whole number (extension indices).
+    // Normally small non-negative whole number (extension indices); indices
+    // that do not fit 32 bits are refused.
     bool readNormallySmall(uint64_t& n) {
         bool large;
         if (!reader_.readBit(large)) return false;
         if (!large) return reader_.read(6, n);
         uint64_t octets;
-        if (!readUnconstrainedLength(octets) || octets == 0 || octets > 8) return false;
-        return reader_.read(unsigned(octets) * 8, n);
+        if (!readUnconstrainedLength(octets) || octets == 0 || octets > 4) return false;
+        return reader_.read(unsigned(octets) * 8, n) && n <= UINT32_MAX - 65536;
     }
 
     // Length-prefixed octets (open types, OBJECT IDENTIFIER, GeneralString).
