@@ -208,7 +208,7 @@ private:
             uint64_t offset;
             if (!readConstrainedWhole(spanOf(r), offset)) return false;
             v = r.lower + int64_t(offset);
-            if (v > r.upper || v < r.lower) v = r.upper;   // clamped, not refused
+            if (v > r.upper) v = r.upper;   // clamped, not refused
         } else if (!outside && r.hasLower()) {
             if (!readUnconstrainedLength(octets) || !readValueOctets(octets, false, v)) return false;
             v += r.lower;
@@ -269,8 +269,7 @@ private:
         uint64_t bits;
         if (!readSize(t, bits) || bits > Decoder::kMaxStringLength * 8) return false;
         node(at).number = int64_t(bits);
-        if (!contentsAligned(t.range, 1, bits, false)) return copyBits(at, bits);
-        reader_.align();
+        if (contentsAligned(t.range, 1, bits, false)) reader_.align();
         return copyBits(at, bits);
     }
 
