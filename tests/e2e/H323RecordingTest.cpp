@@ -32,7 +32,7 @@ TEST(H323Recording, SyntheticCallIsRecordedWithTheMediaItsDescriptionsAnnounce) 
         GTEST_SKIP() << "tshark is not installed (scripts/setup installs it)";
 
     // Signalling and H.245 on ports of this run; the generator's media ports are fixed.
-    const unsigned base = 30000 + unsigned(getpid() % 400) * 25;
+    const unsigned base = portBlock();
     h323call::Addresses addresses;
     addresses.h245Port = base + 1;
     const std::vector<h323call::Step> steps = h323call::syntheticCall(addresses);
@@ -69,7 +69,7 @@ TEST(H323Recording, SyntheticCallIsRecordedWithTheMediaItsDescriptionsAnnounce) 
 
     std::map<std::string, uint64_t> streams;
     for (const StreamRecord& stream : streamRecords(calls[0])) {
-        streams[stream.source + " > " + stream.destination] = stream.packets;
+        streams[stream.source + " > " + stream.destination] += stream.packets;
         EXPECT_EQ(stream.codec, "PCMU/8000");
         EXPECT_EQ(stream.lost, 0u);
         EXPECT_EQ(stream.outOfOrder, 0u);

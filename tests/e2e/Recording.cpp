@@ -1,7 +1,8 @@
 #include "Recording.h"
 
+#include "Tools.h"
+
 #include <sstream>
-#include <thread>
 
 using namespace std::chrono_literals;
 
@@ -10,18 +11,6 @@ namespace {
 const char* const kLogConfig =
     "log4j.rootLogger=INFO, A\nlog4j.appender.A=org.apache.log4j.ConsoleAppender\n"
     "log4j.appender.A.layout=org.apache.log4j.PatternLayout\nlog4j.appender.A.layout.ConversionPattern=%p %m%n\n";
-
-// Polls `done` every 50 ms until it holds or `limit` has passed.
-template <typename Condition>
-bool waitUntil(Condition done, std::chrono::milliseconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (!done()) {
-        if (std::chrono::steady_clock::now() >= deadline)
-            return false;
-        std::this_thread::sleep_for(50ms);
-    }
-    return true;
-}
 
 }  // namespace
 
@@ -36,8 +25,8 @@ Recording::Recording(const TempDir& dir, unsigned port, const std::string& filte
                                         std::to_string(port) + "\nServerProtocol=" + protocol +
                                         "\nLogLevel=INFO\nTraceSignalling=yes\n");
     dir.write("log4cxx.properties", kLogConfig);
-    waitUntil([&] { return readFile(dir.file("recorder.log")).find("Listening for the sniffer") != std::string::npos; },
-              5s);
+    // The sniffer connects once it starts; a recorder that is late shows in waitUntilReady().
+    waitUntil([&] { return fileHas(dir.file("recorder.log"), "Listening for the sniffer"); }, 5s);
     sniffer_ = std::make_unique<ChildProcess>(
         std::vector<std::string>{SNIFFER_PROGRAM, "-c", dir.file("sniffer.properties"), "-l",
                                  dir.file("log4cxx.properties")},
@@ -47,8 +36,8 @@ Recording::Recording(const TempDir& dir, unsigned port, const std::string& filte
 bool Recording::waitUntilReady(std::chrono::milliseconds limit) const {
     return waitUntil(
         [&] {
-            return readFile(dir_.file("recorder.log")).find("Listening for the sniffer") != std::string::npos &&
-                   readFile(dir_.file("sniffer.log")).find("Sniffing started.") != std::string::npos;
+            return fileHas(dir_.file("recorder.log"), "Listening for the sniffer") &&
+                   fileHas(dir_.file("sniffer.log"), "Sniffing started.");
         },
         limit);
 }

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <regex>
 #include <sstream>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -54,6 +55,24 @@ std::string programPath(const std::string& name) {
             return candidate;
     }
     return "";
+}
+
+unsigned portBlock() {
+    return 20000 + unsigned(getpid() % 500) * 25;
+}
+
+bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (!done()) {
+        if (std::chrono::steady_clock::now() >= deadline)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return true;
+}
+
+bool fileHas(const std::string& path, const std::string& text) {
+    return readFile(path).find(text) != std::string::npos;
 }
 
 std::string Packet::sipSummary() const {

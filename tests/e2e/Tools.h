@@ -3,12 +3,23 @@
 #ifndef TESTS_E2E_TOOLS_H
 #define TESTS_E2E_TOOLS_H
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 // The program's full path from PATH, "" when it is not installed.
 std::string programPath(const std::string& name);
+
+// The first of a block of 25 ports for this run: derived from the process id so that parallel
+// runs keep apart, and below the ephemeral ports.
+unsigned portBlock();
+
+// Polls `done` until it holds (true) or `limit` has passed (false).
+bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds limit);
+
+bool fileHas(const std::string& path, const std::string& text);
 
 // One UDP packet of a capture file: SIP when `cseq` is set, RTP when `rtp` is.
 struct Packet {
