@@ -18,9 +18,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr size_t kCalls = 2;
-// The caller plays SIPp's g711a.pcap, a packet every 30 ms, and hangs up 5 s into it: about 167
-// packets each way, a few more or fewer as the hang-up races the last packets.
-constexpr uint64_t kMinAudioPackets = 150;
+// The caller plays all of SIPp's g711a.pcap before it hangs up: 236 packets each way.
+constexpr uint64_t kAudioPackets = 236;
 
 // The ports of one run; the recorder's lies outside the captured range.
 struct Ports {
@@ -176,7 +175,7 @@ TEST_P(SipRecording, EachCallHasAllItsSipAndRtpPacketsAndItsAudio) {
         const std::map<std::string, uint64_t> sentRtp = rtpCounts(sent, start, end);
         for (const std::string& direction : {toCallee, toCaller}) {
             const auto found = sentRtp.find(direction);
-            EXPECT_GE(found == sentRtp.end() ? 0 : found->second, kMinAudioPackets) << direction;
+            EXPECT_EQ(found == sentRtp.end() ? 0 : found->second, kAudioPackets) << direction;
         }
         EXPECT_EQ(rtpCounts(recorded), sentRtp);
 
