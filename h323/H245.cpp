@@ -150,7 +150,8 @@ const Type MasterSlaveDetermination = sequence("MasterSlaveDetermination", Maste
 const Component MasterSlaveDeterminationAck_decision_[] = {{"master", Null}, {"slave", Null}};
 const Type MasterSlaveDeterminationAck_decision = choice("decision", MasterSlaveDeterminationAck_decision_);
 const Component MasterSlaveDeterminationAck_[] = {{"decision", MasterSlaveDeterminationAck_decision}};
-const Type MasterSlaveDeterminationAck = sequence("MasterSlaveDeterminationAck", MasterSlaveDeterminationAck_, Extensible);
+const Type MasterSlaveDeterminationAck =
+    sequence("MasterSlaveDeterminationAck", MasterSlaveDeterminationAck_, Extensible);
 
 const Component MasterSlaveDeterminationReject_cause_[] = {{"identicalNumbers", Null}};
 const Type MasterSlaveDeterminationReject_cause = choice("cause", MasterSlaveDeterminationReject_cause_, Extensible);

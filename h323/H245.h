@@ -1,8 +1,8 @@
 // H.245 control-channel types (module MULTIMEDIA-SYSTEM-CONTROL):
 // MultimediaSystemControlMessage with every type its root alternatives and
-// components reach, so that any H.245 message decodes or fails alike on
-// every peer of this toolkit. OpenLogicalChannel is also a top type of its
-// own: fast-start proposals carry it outside any message.
+// components reach, so that any H.245 message is read to its end or
+// rejected, whatever it carries. OpenLogicalChannel is also a top type of
+// its own: fast-start proposals carry it outside any message.
 //
 // Extension additions are described with their own type where that type is
 // a leaf or already in these tables, and as per::OpenType (kept as their

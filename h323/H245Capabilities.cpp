@@ -64,10 +64,12 @@ const Component TerminalCapabilitySetReject_[] = {
     {"cause", TerminalCapabilitySetReject_cause},
     {"genericInformation", OpenType, Addition},
 };
-const Type TerminalCapabilitySetReject = sequence("TerminalCapabilitySetReject", TerminalCapabilitySetReject_, Extensible);
+const Type TerminalCapabilitySetReject =
+    sequence("TerminalCapabilitySetReject", TerminalCapabilitySetReject_, Extensible);
 
 const Component TerminalCapabilitySetRelease_[] = {{"genericInformation", OpenType, Addition}};
-const Type TerminalCapabilitySetRelease = sequence("TerminalCapabilitySetRelease", TerminalCapabilitySetRelease_, Extensible);
+const Type TerminalCapabilitySetRelease =
+    sequence("TerminalCapabilitySetRelease", TerminalCapabilitySetRelease_, Extensible);
 
 // ---- Capability ----------------------------------------------------------
 
@@ -381,7 +383,8 @@ const Component G7231AnnexCCapability_g723AnnexCAudioMode_[] = {
     {"sidMode0", Int6_17},
     {"sidMode1", Int6_17},
 };
-const Type G7231AnnexCCapability_g723AnnexCAudioMode = sequence("g723AnnexCAudioMode", G7231AnnexCCapability_g723AnnexCAudioMode_, Extensible);
+const Type G7231AnnexCCapability_g723AnnexCAudioMode =
+    sequence("g723AnnexCAudioMode", G7231AnnexCCapability_g723AnnexCAudioMode_, Extensible);
 const Component G7231AnnexCCapability_[] = {
     {"maxAl_sduAudioFrames", Int1_256},
     {"silenceSuppression", Boolean},

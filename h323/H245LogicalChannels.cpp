@@ -90,7 +90,8 @@ const Component H222LogicalChannelParameters_[] = {
     {"programDescriptors", OctetString, Optional},
     {"streamDescriptors", OctetString, Optional},
 };
-const Type H222LogicalChannelParameters = sequence("H222LogicalChannelParameters", H222LogicalChannelParameters_, Extensible);
+const Type H222LogicalChannelParameters =
+    sequence("H222LogicalChannelParameters", H222LogicalChannelParameters_, Extensible);
 
 // adaptationLayerType CHOICE { nonStandard, al1Framed, al1NotFramed,
 //   al2WithoutSequenceNumbers, al2WithSequenceNumbers, al3 SEQUENCE {
@@ -119,7 +120,8 @@ const Component H223LogicalChannelParameters_[] = {
     {"adaptationLayerType", H223_adaptationLayerType},
     {"segmentableFlag", Boolean},
 };
-const Type H223LogicalChannelParameters = sequence("H223LogicalChannelParameters", H223LogicalChannelParameters_, Extensible);
+const Type H223LogicalChannelParameters =
+    sequence("H223LogicalChannelParameters", H223LogicalChannelParameters_, Extensible);
 
 const Component V76LogicalChannelParameters_suspendResume_[] = {
     {"noSuspendResume", Null},
@@ -152,7 +154,8 @@ const Component V76LogicalChannelParameters_[] = {
     {"mode", V76LogicalChannelParameters_mode},
     {"v75Parameters", V75Parameters},
 };
-const Type V76LogicalChannelParameters = sequence("V76LogicalChannelParameters", V76LogicalChannelParameters_, Extensible);
+const Type V76LogicalChannelParameters =
+    sequence("V76LogicalChannelParameters", V76LogicalChannelParameters_, Extensible);
 
 const Component V76HDLCParameters_[] = {
     {"crcLength", CRCLength},
@@ -214,7 +217,8 @@ const Component UnicastAddress_iPXAddress_[] = {
 };
 const Type UnicastAddress_iPXAddress = sequence("iPXAddress", UnicastAddress_iPXAddress_, Extensible);
 const Component UnicastAddress_iPSourceRouteAddress_routing_[] = {{"strict", Null}, {"loose", Null}};
-const Type UnicastAddress_iPSourceRouteAddress_routing = choice("routing", UnicastAddress_iPSourceRouteAddress_routing_);
+const Type UnicastAddress_iPSourceRouteAddress_routing =
+    choice("routing", UnicastAddress_iPSourceRouteAddress_routing_);
 const Type UnicastAddress_iPSourceRouteAddress_route = sequenceOf(Octets4);
 const Component UnicastAddress_iPSourceRouteAddress_[] = {
     {"routing", UnicastAddress_iPSourceRouteAddress_routing},
@@ -255,7 +259,8 @@ const Component OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexP
     {"h2250LogicalChannelParameters", H2250LogicalChannelParameters, Addition},
 };
 const Type OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexParameters =
-    choice("multiplexParameters", OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexParameters_, Extensible);
+    choice("multiplexParameters", OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexParameters_,
+           Extensible);
 const Component OpenLogicalChannelAck_reverseLogicalChannelParameters_[] = {
     {"reverseLogicalChannelNumber", LogicalChannelNumber},
     {"portNumber", Int0_65535, Optional},

@@ -62,14 +62,17 @@ const Component MultiplexEntryRejectionDescriptions_[] = {
 const Type MultiplexEntryRejectionDescriptions =
     sequence("MultiplexEntryRejectionDescriptions", MultiplexEntryRejectionDescriptions_, Extensible);
 
-const Type MultiplexEntrySendReject_rejectionDescriptions = sequenceOf(MultiplexEntryRejectionDescriptions, size(1, 15));
+const Type MultiplexEntrySendReject_rejectionDescriptions =
+    sequenceOf(MultiplexEntryRejectionDescriptions, size(1, 15));
 const Component MultiplexEntrySendReject_[] = {
     {"sequenceNumber", SequenceNumber},
     {"rejectionDescriptions", MultiplexEntrySendReject_rejectionDescriptions},
 };
 const Type MultiplexEntrySendReject = sequence("MultiplexEntrySendReject", MultiplexEntrySendReject_, Extensible);
 
-const Component MultiplexEntrySendRelease_[] = {{"multiplexTableEntryNumber", MultiplexEntrySendAck_multiplexTableEntryNumber}};
+const Component MultiplexEntrySendRelease_[] = {
+    {"multiplexTableEntryNumber", MultiplexEntrySendAck_multiplexTableEntryNumber},
+};
 const Type MultiplexEntrySendRelease = sequence("MultiplexEntrySendRelease", MultiplexEntrySendRelease_, Extensible);
 
 // RequestMultiplexEntry, its Ack and its Release
@@ -95,6 +98,7 @@ const Component RequestMultiplexEntryReject_[] = {
     {"entryNumbers", MultiplexEntrySendAck_multiplexTableEntryNumber},
     {"rejectionDescriptions", RequestMultiplexEntryReject_rejectionDescriptions},
 };
-const Type RequestMultiplexEntryReject = sequence("RequestMultiplexEntryReject", RequestMultiplexEntryReject_, Extensible);
+const Type RequestMultiplexEntryReject =
+    sequence("RequestMultiplexEntryReject", RequestMultiplexEntryReject_, Extensible);
 
 }  // namespace h323::h245

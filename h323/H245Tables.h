@@ -1,5 +1,5 @@
-// Leaf types shared by the H.245 table files (H245*.cpp). Internal to the
-// tables: callers use the named types of H245.h.
+// Leaf and inline types shared by the H.245 table files (H245*.cpp). Internal
+// to the tables: callers use the named types of H245.h.
 
 #ifndef H323_H245_TABLES_H
 #define H323_H245_TABLES_H

@@ -161,14 +161,15 @@ private:
         return false;
     }
 
-    // Normally small non-negative whole number (extension indices).
+    // Normally small non-negative whole number (extension indices); indices
+    // that do not fit 32 bits are refused.
     bool readNormallySmall(uint64_t& n) {
         bool large;
         if (!reader_.readBit(large)) return false;
         if (!large) return reader_.read(6, n);
         uint64_t octets;
-        if (!readUnconstrainedLength(octets) || octets == 0 || octets > 8) return false;
-        return reader_.read(unsigned(octets) * 8, n);
+        if (!readUnconstrainedLength(octets) || octets == 0 || octets > 4) return false;
+        return reader_.read(unsigned(octets) * 8, n) && n <= UINT32_MAX - 65536;
     }
 
     // Length-prefixed octets (open types, OBJECT IDENTIFIER, GeneralString).
@@ -207,7 +208,7 @@ private:
             uint64_t offset;
             if (!readConstrainedWhole(spanOf(r), offset)) return false;
             v = r.lower + int64_t(offset);
-            if (v > r.upper || v < r.lower) v = r.upper;   // clamped, not refused
+            if (v > r.upper) v = r.upper;   // clamped, not refused
         } else if (!outside && r.hasLower()) {
             if (!readUnconstrainedLength(octets) || !readValueOctets(octets, false, v)) return false;
             v += r.lower;
@@ -268,8 +269,7 @@ private:
         uint64_t bits;
         if (!readSize(t, bits) || bits > Decoder::kMaxStringLength * 8) return false;
         node(at).number = int64_t(bits);
-        if (!contentsAligned(t.range, 1, bits, false)) return copyBits(at, bits);
-        reader_.align();
+        if (contentsAligned(t.range, 1, bits, false)) reader_.align();
         return copyBits(at, bits);
     }
 

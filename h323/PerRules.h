@@ -30,17 +30,15 @@ inline unsigned octetsFor(uint64_t value) {
 // of `range` values (range 0 stands for 2^64, never used by the tables).
 struct WholeNumber {
     enum Form : uint8_t { Empty, Bits, OneOctet, TwoOctets, Lengthed } form;
-    unsigned bits;         // Bits: field width; Lengthed: width of the octet count - 1
-    unsigned maxOctets;    // Lengthed: octets of the largest value
+    unsigned bits;   // Bits, OneOctet, TwoOctets: field width; Lengthed: width of the octet count - 1
 };
 
 inline WholeNumber wholeNumber(uint64_t range) {
-    if (range == 1) return {WholeNumber::Empty, 0, 0};
-    if (range <= 255) return {WholeNumber::Bits, bitsFor(range), 0};
-    if (range == 256) return {WholeNumber::OneOctet, 8, 1};
-    if (range <= k64K) return {WholeNumber::TwoOctets, 16, 2};
-    unsigned octets = octetsFor(range - 1);
-    return {WholeNumber::Lengthed, bitsFor(octets), octets};
+    if (range == 1) return {WholeNumber::Empty, 0};
+    if (range <= 255) return {WholeNumber::Bits, bitsFor(range)};
+    if (range == 256) return {WholeNumber::OneOctet, 8};
+    if (range <= k64K) return {WholeNumber::TwoOctets, 16};
+    return {WholeNumber::Lengthed, bitsFor(octetsFor(range - 1))};
 }
 
 // Values an INTEGER's root range spans, 0 when it has no upper or lower bound.

@@ -105,6 +105,21 @@ Signal setup(uint8_t seed) {
     return s;
 }
 
+Signal answer(uint8_t type, const char* body, uint8_t seed, bool fromDestination) {
+    Signal s(type, body, 0x1000 + seed, fromDestination);
+    Builder::Slot b = s.body();
+    const per::Type& t = *b.value().type();
+    for (size_t i = 0; i < t.rootCount; ++i) {
+        std::string_view name = t.components[i].name;
+        if (name == "destinationInfo") setEndpoint(b["destinationInfo"]);
+        if (name == "conferenceID") b["conferenceID"].setBytes(guid(seed + 100));
+        if (name == "reason" && type == Q931::Facility) b["reason"].choose("undefinedReason");
+    }
+    setCallId(b, seed);
+    s.pdu()["h245Tunneling"].setBool(true);
+    return s;
+}
+
 namespace {
 
 Message setupWithH245(uint8_t seed, const char* name) {
@@ -116,23 +131,57 @@ Message setupWithH245(uint8_t seed, const char* name) {
     return s.message(name);
 }
 
-}  // namespace
+// What an answer carries beside its mandatory components and call id.
+enum Extras : unsigned {
+    Plain = 0,
+    FastStart = 1,
+    H245Address = 2,
+    NetBiosH245Address = 4,
+    CalledDigits = 8,
+    StartH245 = 16,
+};
 
-Signal answer(uint8_t type, const char* body, uint8_t seed, bool fromDestination) {
-    Signal s(type, body, 0x1000 + seed, fromDestination);
+struct Answer {
+    const char* name;
+    uint8_t type;
+    const char* body;
+    unsigned extras;
+};
+
+const Answer kAnswers[] = {
+    {"call proceeding", Q931::CallProceeding, "callProceeding", Plain},
+    {"call proceeding with fast start", Q931::CallProceeding, "callProceeding", FastStart},
+    {"alerting with H.245 address", Q931::Alerting, "alerting", H245Address},
+    {"alerting with fast start", Q931::Alerting, "alerting", FastStart},
+    {"connect with H.245 address", Q931::Connect, "connect", H245Address},
+    {"connect with fast start and H.245 address", Q931::Connect, "connect", FastStart | H245Address},
+    {"connect with non-IPv4 H.245 address", Q931::Connect, "connect", NetBiosH245Address},
+    {"progress with fast start", Q931::Progress, "progress", FastStart},
+    {"progress", Q931::Progress, "progress", Plain},
+    {"setup acknowledge", Q931::SetupAcknowledge, "setupAcknowledge", Plain},
+    {"information with digits", Q931::Information, "information", CalledDigits},
+    {"information with fast start", Q931::Information, "information", FastStart},
+    {"facility with fast start", Q931::Facility, "facility", FastStart},
+    {"facility startH245", Q931::Facility, "facility", StartH245 | H245Address},
+    {"status", Q931::Status, "status", Plain},
+    {"notify", Q931::Notify, "notify", Plain},
+};
+
+// An answer from the called side (Information comes from the caller) with
+// the mandatory components of its body, a call id and its extras.
+Message answerMessage(const Answer& a) {
+    const uint8_t seed = uint8_t(&a - kAnswers + 1);
+    Signal s = answer(a.type, a.body, seed, a.type != Q931::Information);
     Builder::Slot b = s.body();
-    const per::Type& t = *b.value().type();
-    for (size_t i = 0; i < t.rootCount; ++i) {
-        std::string_view name = t.components[i].name;
-        if (name == "destinationInfo") setEndpoint(b["destinationInfo"]);
-        if (name == "conferenceID") b["conferenceID"].setBytes(guid(seed + 100));
-        if (name == "callIdentifier") setCallId(b, seed);
-        if (name == "reason" && body == std::string_view("facility")) b["reason"].choose("undefinedReason");
-    }
-    if (t.count > t.rootCount && std::string_view(t.components[t.rootCount].name) == "callIdentifier") setCallId(b, seed);
-    s.pdu()["h245Tunneling"].setBool(true);
-    return s;
+    if (a.extras & StartH245) b["reason"].choose("startH245");
+    if (a.extras & FastStart) addFastStart(b);
+    if (a.extras & H245Address) setIpv4(b["h245Address"], "10.1.6.18", 1232);
+    if (a.extras & NetBiosH245Address) b["h245Address"].choose("netBios").setBytes(guid(9));
+    if (a.extras & CalledDigits) s.q931().setPartyNumber(Q931::CalledPartyNumber, "5#", 0, 1);
+    return s.message(a.name);
 }
+
+}  // namespace
 
 std::vector<Message> signallingMessages() {
     std::vector<Message> all;
@@ -174,74 +223,23 @@ std::vector<Message> signallingMessages() {
     }
     all.push_back(setup(5).message("setup without aliases"));
     {
+        Signal s = setup(8);
+        // Empty contents take no padding: the components after them start mid-octet.
+        Builder::Slot ns = s.body()["sourceInfo"]["nonStandardData"];
+        Builder::Slot h221 = ns["nonStandardIdentifier"].choose("h221NonStandard");
+        h221["t35CountryCode"].setInteger(181);
+        h221["t35Extension"].setInteger(0);
+        h221["manufacturerCode"].setInteger(1);
+        ns["data"].setBytes("");
+        s.body()["destinationAddress"].append().choose("h323_ID").setText("erin");
+        all.push_back(s.message("setup with empty non-standard data"));
+    }
+    {
         Signal s = setup(6);
         s.q931().setElement(Q931::CallingPartyNumber, "\x21\x83" "777");   // octets 3 and 3a
         all.push_back(s.message("setup with calling number octet 3a"));
     }
-    {
-        Signal s = answer(Q931::CallProceeding, "callProceeding", 1);
-        all.push_back(s.message("call proceeding"));
-    }
-    {
-        Signal s = answer(Q931::CallProceeding, "callProceeding", 2);
-        addFastStart(s.body());
-        all.push_back(s.message("call proceeding with fast start"));
-    }
-    {
-        Signal s = answer(Q931::Alerting, "alerting", 1);
-        setIpv4(s.body()["h245Address"], "10.1.6.18", 1232);
-        all.push_back(s.message("alerting with H.245 address"));
-    }
-    {
-        Signal s = answer(Q931::Alerting, "alerting", 2);
-        addFastStart(s.body());
-        all.push_back(s.message("alerting with fast start"));
-    }
-    {
-        Signal s = answer(Q931::Connect, "connect", 1);
-        setIpv4(s.body()["h245Address"], "10.1.6.18", 1232);
-        all.push_back(s.message("connect with H.245 address"));
-    }
-    {
-        Signal s = answer(Q931::Connect, "connect", 2);
-        addFastStart(s.body());
-        setIpv4(s.body()["h245Address"], "10.1.6.18", 1233);
-        all.push_back(s.message("connect with fast start and H.245 address"));
-    }
-    {
-        Signal s = answer(Q931::Connect, "connect", 3);
-        Builder::Slot nb = s.body()["h245Address"].choose("netBios");
-        nb.setBytes(guid(9));
-        all.push_back(s.message("connect with non-IPv4 H.245 address"));
-    }
-    {
-        Signal s = answer(Q931::Progress, "progress", 1);
-        addFastStart(s.body());
-        all.push_back(s.message("progress with fast start"));
-    }
-    all.push_back(answer(Q931::Progress, "progress", 2).message("progress"));
-    all.push_back(answer(Q931::SetupAcknowledge, "setupAcknowledge", 1).message("setup acknowledge"));
-    {
-        Signal s = answer(Q931::Information, "information", 1, false);
-        s.q931().setPartyNumber(Q931::CalledPartyNumber, "5#", 0, 1);
-        all.push_back(s.message("information with digits"));
-    }
-    {
-        Signal s = answer(Q931::Information, "information", 2, false);
-        addFastStart(s.body());
-        all.push_back(s.message("information with fast start"));
-    }
-    {
-        Signal s = answer(Q931::Facility, "facility", 1);
-        addFastStart(s.body());
-        all.push_back(s.message("facility with fast start"));
-    }
-    {
-        Signal s = answer(Q931::Facility, "facility", 2);
-        s.body()["reason"].choose("startH245");
-        setIpv4(s.body()["h245Address"], "10.1.6.18", 1240);
-        all.push_back(s.message("facility startH245"));
-    }
+    for (const Answer& a : kAnswers) all.push_back(answerMessage(a));
     for (int n : {1, 2}) {
         Signal s(Q931::Facility, "empty", 0x1100 + n, n == 2);
         s.pdu()["h245Tunneling"].setBool(true);
@@ -268,8 +266,6 @@ std::vector<Message> signallingMessages() {
         s.body()["reason"].choose("securityDenied");
         all.push_back(s.message("release complete with extension reason, largest call reference"));
     }
-    all.push_back(answer(Q931::Status, "status", 3).message("status"));
-    all.push_back(answer(Q931::Notify, "notify", 4).message("notify"));
     {
         Signal s = setup(7);
         s.body()["sourceAddress"].append().choose("h323_ID").setText("dave");

@@ -222,6 +222,14 @@ TEST(PerExtension, ChoiceExtensionsAreOpenTypesAndUnknownOnesNeedContents) {
     EXPECT_FALSE(d.decode(ExtChoice, empty.data(), empty.size()));
 }
 
+TEST(PerExtension, ExtensionIndicesBeyond32BitsAreRefused) {
+    Decoder d;
+    std::vector<uint8_t> four = bytes("c0 04 00000001 01 61");     // large form, index 1 in 4 octets
+    EXPECT_EQ(d.decode(ExtChoice, four.data(), four.size()).tagName(), "<3>");
+    std::vector<uint8_t> five = bytes("c0 05 0100000001 01 61");
+    EXPECT_FALSE(d.decode(ExtChoice, five.data(), five.size()));
+}
+
 // ---- character strings ----
 
 const Type Digits = ia5String(size(1, 128), "#*,0123456789");

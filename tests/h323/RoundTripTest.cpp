@@ -103,9 +103,13 @@ private:
     void fillChoice(Builder::Slot s, const Type& t, int depth) {
         size_t index = pick(t.count);
         if (depth > kFullDepth)   // prefer an alternative that ends the recursion
-            for (size_t i = 0; i < t.count; ++i)
-                if (t.components[i].type->kind != Kind::Sequence && t.components[i].type->kind != Kind::Choice) index = i;
+            for (size_t i = t.count; i-- > 0;)
+                if (isLeaf(*t.components[i].type)) index = i;
         fill(s.choose(t.components[index].name), *t.components[index].type, depth + 1);
+    }
+
+    static bool isLeaf(const Type& t) {
+        return t.kind != Kind::Sequence && t.kind != Kind::Choice && t.kind != Kind::SequenceOf;
     }
 
     std::mt19937_64 rng_;

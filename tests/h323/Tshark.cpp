@@ -32,40 +32,6 @@ std::string tempDir() {
     return dir;
 }
 
-// Calls `f` with every component or alternative called `name`, in wire order.
-template <typename F>
-void forEachNamed(per::Value v, std::string_view name, F f) {
-    if (!v) return;
-    const per::Type* t = v.type();
-    switch (t->kind) {
-    case per::Kind::Sequence:
-        for (size_t i = 0; i < v.componentCount(); ++i) {
-            per::Value c = v.component(i);
-            if (c && i < t->count && name == t->components[i].name) f(c);
-            forEachNamed(c, name, f);
-        }
-        break;
-    case per::Kind::Choice:
-        if (v.is(name)) f(v.chosen());
-        forEachNamed(v.chosen(), name, f);
-        break;
-    case per::Kind::SequenceOf:
-        for (size_t i = 0; i < v.size(); ++i) forEachNamed(v.at(i), name, f);
-        break;
-    default: break;
-    }
-}
-
-template <typename Text>
-std::string joined(per::Value root, std::string_view name, Text text) {
-    std::string out;
-    forEachNamed(root, name, [&](per::Value v) {
-        if (!out.empty()) out += ',';
-        out += text(v);
-    });
-    return out;
-}
-
 std::string hex4(unsigned v) {
     char buf[8];
     std::snprintf(buf, sizeof buf, "%04x", v);
