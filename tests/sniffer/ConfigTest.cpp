@@ -7,6 +7,7 @@
 
 #include <log4cxx/consoleappender.h>
 #include <log4cxx/patternlayout.h>
+#include <filesystem>
 #include <iostream>
 
 #include "ChildProcess.h"
@@ -92,11 +93,14 @@ void PrintTo(const SettingsCase& settings, std::ostream* os) {
     *os << settings.name;
 }
 
-[[noreturn]] void reportSettings(const std::string& path) {
-    SnifferConfig settings(path);
+// Runs in the death test's child, which re-runs the test body and ends
+// here without unwinding: it removes the folder it made itself.
+[[noreturn]] void reportSettings(const TempDir& dir) {
+    SnifferConfig settings(dir.file("sniffer.properties"));
     const char* level = settings.getLogLevel();
     std::cerr << "LogLevel=" << level << " TraceSignalling=" << settings.getTraceSignalling()
               << " ServerPort=" << settings.getServerPort() << std::endl;
+    std::filesystem::remove_all(dir.path());
     std::exit(0);
 }
 }  // namespace
@@ -107,7 +111,7 @@ TEST_P(SnifferSettingsDeathTest, ReadsLogLevelTraceFlagAndPort) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const TempDir dir;
     dir.write("sniffer.properties", GetParam().file);
-    EXPECT_EXIT(reportSettings(dir.file("sniffer.properties")), testing::ExitedWithCode(0), GetParam().report);
+    EXPECT_EXIT(reportSettings(dir), testing::ExitedWithCode(0), GetParam().report);
 }
 
 INSTANTIATE_TEST_SUITE_P(
