@@ -112,6 +112,25 @@ TEST_F(TcpLink, CommandStraddlingTheEndOfTheReceiveRingIsDecoded) {
     EXPECT_EQ(SnifferRequest(2, 0xAC100506, 7070), request);
 }
 
+TEST_F(TcpLink, BurstLongerThanTheReceiveRingIsDecodedWhole) {
+    // 1000 commands, 7000 bytes: more than the ring holds at once.
+    Bytes stream;
+    for (uint16_t port = 2000; port < 3000; ++port) {
+        const Bytes c = command(1, "10.0.0.2", port);
+        stream.insert(stream.end(), c.begin(), c.end());
+    }
+    recorderSends(stream);
+    std::vector<uint16_t> ports;
+    SnifferRequest request;
+    while (ports.size() < 1000 && link->receiveRequest(request))
+        ports.push_back(request.rtpPort);
+    ASSERT_EQ(1000u, ports.size());
+    for (std::size_t i = 0; i < ports.size(); ++i)
+        ASSERT_EQ(2000 + i, ports[i]) << "command " << i;
+    EXPECT_EQ(0x0A000002u, request.rtpAddr);
+    EXPECT_FALSE(link->receiveRequest(request));
+}
+
 TEST_F(TcpLink, RecorderClosingInTheMiddleOfACommandClosesTheLink) {
     recorderSends({1, 10, 0});
     recorder.stop();
