@@ -48,15 +48,7 @@ SngDissector::SngDissector() {
 }
 
 SngDissector::~SngDissector() {
-    if (conMedia) {
-        conMedia->closeConnection();
-        if (conMedia != EmbeddedConnection::dft())
-            delete conMedia;
-    }
-    if (conSig) {
-        conSig->closeConnection();
-        delete conSig;
-    }
+    releaseConnections();
     removeAllRtp();
     clearQueue();
     delete sipHelper;
@@ -369,6 +361,27 @@ void SngDissector::makeConnection(bool embedded) {
         sig->tcpConnect();
         conSig = sig;
     }
+}
+
+void SngDissector::useConnections(BaseConnection* media, BaseConnection* sig) {
+    releaseConnections();
+    conMedia = media;
+    conSig = sig;
+}
+
+// The embedded link is process-wide and outlives any dissector.
+void SngDissector::releaseConnections() {
+    if (conMedia) {
+        conMedia->closeConnection();
+        if (conMedia != EmbeddedConnection::dft())
+            delete conMedia;
+    }
+    if (conSig) {
+        conSig->closeConnection();
+        delete conSig;
+    }
+    conMedia = nullptr;
+    conSig = nullptr;
 }
 
 void SngDissector::closeConnection() {

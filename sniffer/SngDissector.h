@@ -138,6 +138,10 @@ public:
 
     // Recorder link and commands.
     void makeConnection(bool embedded);
+    // Puts links of the caller's own in place of those makeConnection made
+    // (a host or a benchmark that counts what is forwarded); the dissector
+    // owns them from then on and releases the ones it replaces.
+    void useConnections(BaseConnection* media, BaseConnection* sig);
     void closeConnection();
     void startCmdReaderThread();
     static void* startCmdReaderLoop(void* arg);
@@ -162,6 +166,7 @@ public:
 
 private:
     static bool sameRecorder(const char* hostA, int portA, const char* hostB, int portB);
+    void releaseConnections();
     void logRtpChange(const char* heading, u_int rtpIp, u_short rtpPort);
     void logDroppedIp(const char* heading, const sniff_ip* ip);
 
