@@ -1,0 +1,74 @@
+#ifndef BENCH_PIPELINE_PIPELINE_H
+#define BENCH_PIPELINE_PIPELINE_H
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "BaseConnection.h"
+
+// A capture file held in memory; every pass reads it through libpcap as if
+// from disk, so each pass pays the same reading cost.
+class CaptureInMemory {
+public:
+    bool load(const std::string& path);
+    // Runs libpcap over the bytes, calling `callback` for every frame;
+    // returns the frames read, -1 on error.
+    long replay(void (*callback)(u_char*, const struct pcap_pkthdr*, const u_char*), u_char* user) const;
+
+private:
+    std::vector<char> bytes;
+};
+
+// Stands in for the recorder: takes every frame, counts it, asks for nothing.
+class CountingConnection : public BaseConnection {
+public:
+    bool receiveRequest(SnifferRequest&) override { return false; }
+    int sendPacket(u_char*, int length) override {
+        frames.fetch_add(1, std::memory_order_relaxed);
+        bytes.fetch_add(static_cast<uint64_t>(length), std::memory_order_relaxed);
+        return length;
+    }
+    void closeConnection() override {}
+
+    std::atomic<uint64_t> frames{0};
+    std::atomic<uint64_t> bytes{0};
+};
+
+struct PassResult {
+    long packets = 0;
+    double seconds = 0;          // first frame read to last frame processed
+    double producerSeconds = 0;  // time the capture side spent handing frames over
+    uint64_t forwarded = 0;
+    uint64_t forwardedBytes = 0;
+    double wakeupsPerPacket = 0;  // consumer sleeps ended by a producer
+};
+
+// libpcap reading the capture from memory and one copy of each frame: the
+// floor of any agent built on libpcap.
+PassResult runBaseline(const CaptureInMemory& capture);
+
+// The engine fed through its capture callback on this thread while its
+// consumer classifies, frames and forwards on another.
+class PipelineBench {
+public:
+    PipelineBench();
+    ~PipelineBench();
+    PipelineBench(const PipelineBench&) = delete;
+    PipelineBench& operator=(const PipelineBench&) = delete;
+
+    // Lists `count` destinations: the streams of the first calls of the
+    // capture, then destinations absent from it.
+    void listDestinations(int count, int callsInCapture);
+    PassResult run(const CaptureInMemory& capture);
+
+private:
+    class Engine;
+    Engine* engine;
+};
+
+long peakRssKiB();
+long currentRssKiB();
+
+#endif
