@@ -2,9 +2,7 @@
 #define SNIFFER_SNG_DISSECTOR_H
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <mutex>
 #include <pcap.h>
 #include <pthread.h>
@@ -13,17 +11,18 @@
 
 #include <log4cxx/logger.h>
 
+#include "PacketQueue.h"
+
 class Sniffer;
 class SipHelper;
 class H323Parser;
 class BaseConnection;
 
-// One captured frame on its way from a capture thread to the consumer.
-// `packet` holds the frame as long as its wire length, followed by
-// `framePadding` zero bytes so that the SIP start-line test and header reads
-// of runt frames never leave the buffer.
+// A captured frame handed over by a caller that made its own copies: the
+// capture header and `packet`, as long as the header's `len`.
+// producePacket takes ownership of the buffers.
 struct SniffedPacket {
-    static constexpr int framePadding = 64;
+    static constexpr int framePadding = PacketQueue::framePadding;
 
     u_char* args = nullptr;
     pcap_pkthdr* header = nullptr;
@@ -111,6 +110,7 @@ public:
     static SngDissector* dft() { return dissector; }
 
     // Queue (capture threads produce, one consumer drains).
+    void producePacket(const pcap_pkthdr& header, const u_char* packet);
     void producePacket(SniffedPacket& p);
     void consumePacket();
     void clearQueue();
@@ -192,10 +192,7 @@ private:
     std::unordered_map<RtpAddr, unsigned, RtpAddrHash> rtpList;
     std::mutex rtpListLock;
 
-    std::deque<SniffedPacket> packetQueue;
-    std::mutex packetQueueLock;
-    std::condition_variable packetPresent;
-    uint64_t produced = 0;               // guarded by packetQueueLock
+    PacketQueue packetQueue;
     std::atomic<uint64_t> processed{0};  // packets taken and finished (or dumped)
 
     static std::atomic<SngDissector*> dissector;

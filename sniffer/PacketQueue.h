@@ -1,0 +1,91 @@
+#ifndef SNIFFER_PACKET_QUEUE_H
+#define SNIFFER_PACKET_QUEUE_H
+
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <pcap.h>
+#include <vector>
+
+// Captured frames on their way from the capture threads to the one consumer,
+// oldest first.
+//
+// A capture thread must never wait for the consumer, so the hand-off is kept
+// to one short critical section per frame on the producing side: the frame
+// and its capture header are copied into a large recycled chunk (no
+// allocation per frame, no memory freed on another thread) and appended to
+// the pending batch. The consumer takes the whole pending batch at once and
+// works through it without the shared lock, and a producer signals the
+// consumer only when it has gone to sleep on an empty queue.
+class PacketQueue {
+public:
+    // Zero bytes behind every frame copy: the SIP start-line test and the
+    // header reads of runt frames may look that far past the frame's end.
+    static constexpr std::size_t framePadding = 64;
+
+    // A queued frame: `packet` holds the header's `len` bytes (beyond the
+    // captured bytes they read as zeros) and `framePadding` zero bytes.
+    // Both stay valid until the consumer asks for the next frame.
+    struct Frame {
+        pcap_pkthdr* header = nullptr;
+        u_char* packet = nullptr;
+    };
+
+    PacketQueue() = default;
+    PacketQueue(const PacketQueue&) = delete;
+    PacketQueue& operator=(const PacketQueue&) = delete;
+
+    // Any capture thread: appends a copy of the frame.
+    void push(const pcap_pkthdr& header, const u_char* packet);
+
+    // The consumer: the oldest frame, waiting while there is none and
+    // `ended()` is false. False once `ended()` is true; what is still queued
+    // then stays for clear().
+    bool next(Frame& frame, bool (*ended)());
+
+    // Wakes a consumer waiting in next() so that it looks at `ended()` again.
+    void wake();
+
+    // Drops every frame not yet handed to the consumer; returns how many.
+    // Safe from any thread, even while the consumer works on a frame.
+    std::size_t clear();
+
+    // Frames pushed since the queue was made.
+    uint64_t pushed() const;
+
+private:
+    struct Chunk {
+        std::unique_ptr<u_char[]> bytes;
+        std::size_t capacity = 0;
+        std::size_t used = 0;
+    };
+    static constexpr std::size_t chunkSize = 256 * 1024;
+    // Kept for reuse when a batch is done; a backlog beyond this is freed.
+    static constexpr std::size_t spareChunkLimit = 32;
+
+    u_char* reserve(std::size_t bytes);
+    // Moves `chunks` to the spares; those beyond the limit go to `released`,
+    // to be freed once the lock is let go.
+    void recycle(std::vector<Chunk>& chunks, std::vector<Chunk>& released);
+    bool refill(bool (*ended)());
+
+    // Shared between producers and the consumer, under queueLock.
+    mutable std::mutex queueLock;
+    std::condition_variable framePresent;
+    std::vector<Frame> pending;
+    std::vector<Chunk> pendingChunks;  // the last one is being filled
+    std::vector<Chunk> spareChunks;
+    uint64_t pushCount = 0;
+    bool consumerAsleep = false;
+
+    // The consumer's batch. Its lock is the consumer's own except when
+    // clear() runs on another thread; taken after queueLock when both are held.
+    std::mutex batchLock;
+    std::vector<Frame> batch;
+    std::size_t batchNext = 0;
+    std::vector<Chunk> batchChunks;
+};
+
+#endif
