@@ -210,7 +210,7 @@ bool SngDissector::isRtpFilter() {
 void SngDissector::addRtp(u_int rtpIp, u_short rtpPort) {
     {
         std::lock_guard<std::mutex> guard(rtpListLock);
-        ++rtpList[RtpAddr(rtpIp, rtpPort)];
+        rtpList.add(RtpAddr(rtpIp, rtpPort));
     }
     logRtpChange("Added to list rtp (ip=0x", rtpIp, rtpPort);
 }
@@ -218,14 +218,14 @@ void SngDissector::addRtp(u_int rtpIp, u_short rtpPort) {
 void SngDissector::removeRtp(u_int rtpIp, u_short rtpPort) {
     {
         std::lock_guard<std::mutex> guard(rtpListLock);
-        rtpList.erase(RtpAddr(rtpIp, rtpPort));
+        rtpList.remove(RtpAddr(rtpIp, rtpPort));
     }
     logRtpChange("Removed from list rtp (ip=0x", rtpIp, rtpPort);
 }
 
 bool SngDissector::isInRtpList(u_int rtpIp, u_short rtpPort) {
     std::lock_guard<std::mutex> guard(rtpListLock);
-    return rtpList.count(RtpAddr(rtpIp, rtpPort)) != 0;
+    return rtpList.contains(RtpAddr(rtpIp, rtpPort));
 }
 
 // Called by the TCP link when the recorder is lost, possibly while the

@@ -7,11 +7,11 @@
 #include <pcap.h>
 #include <pthread.h>
 #include <string>
-#include <unordered_map>
 
 #include <log4cxx/logger.h>
 
 #include "PacketQueue.h"
+#include "RtpList.h"
 
 class Sniffer;
 class SipHelper;
@@ -29,21 +29,6 @@ struct SniffedPacket {
     u_char* packet = nullptr;
 
     void release();
-};
-
-// One destination of the RTP forwarding list.
-struct RtpAddr {
-    uint32_t rtpIp;    // host order, first dotted octet most significant
-    uint16_t rtpPort;  // host order
-
-    RtpAddr(uint32_t ip, uint16_t port) : rtpIp(ip), rtpPort(port) {}
-    bool operator==(const RtpAddr& o) const { return rtpIp == o.rtpIp && rtpPort == o.rtpPort; }
-};
-
-struct RtpAddrHash {
-    std::size_t operator()(const RtpAddr& a) const {
-        return std::hash<uint64_t>()(uint64_t(a.rtpIp) << 16 | a.rtpPort);
-    }
 };
 
 // Classifies captured frames, keeps the RTP destination list, frames what is
@@ -187,9 +172,7 @@ private:
     H323Parser* h323Parser = nullptr;
     std::string cmdThreadId = "cmdReaderThread";
 
-    // Multiset of destinations: an entry's count is how often it was added,
-    // so lookups stay constant-time however many calls the recorder follows.
-    std::unordered_map<RtpAddr, unsigned, RtpAddrHash> rtpList;
+    RtpList rtpList;
     std::mutex rtpListLock;
 
     PacketQueue packetQueue;
