@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,8 @@ public:
     long replay(void (*callback)(u_char*, const struct pcap_pkthdr*, const u_char*), u_char* user) const;
 
 private:
-    std::vector<char> bytes;
+    std::unique_ptr<char[]> bytes;
+    std::size_t length = 0;
 };
 
 // Stands in for the recorder: takes every frame, counts it, asks for nothing.
@@ -36,10 +38,14 @@ public:
     std::atomic<uint64_t> bytes{0};
 };
 
+// Wall-clock figures depend on what else the machine runs; the CPU time
+// each thread spent does not, and bounds the rate with a core per thread.
 struct PassResult {
     long packets = 0;
     double seconds = 0;          // first frame read to last frame processed
     double producerSeconds = 0;  // time the capture side spent handing frames over
+    double producerCpu = 0;      // CPU seconds of the capture thread
+    double consumerCpu = 0;      // CPU seconds of the consumer thread
     uint64_t forwarded = 0;
     uint64_t forwardedBytes = 0;
     double wakeupsPerPacket = 0;  // consumer sleeps ended by a producer
