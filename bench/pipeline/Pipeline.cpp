@@ -162,6 +162,14 @@ PipelineBench::~PipelineBench() {
     delete engine;
 }
 
+SngDissector* PipelineBench::dissector() {
+    return engine->dissector();
+}
+
+void PipelineBench::waitUntilDrained() {
+    engine->waitUntilDrained();
+}
+
 void PipelineBench::listDestinations(int count, int callsInCapture) {
     SngDissector* dissector = engine->dissector();
     dissector->removeAllRtp();

@@ -9,6 +9,8 @@
 
 #include "BaseConnection.h"
 
+class SngDissector;
+
 // A capture file held in memory; every pass reads it through libpcap as if
 // from disk, so each pass pays the same reading cost.
 class CaptureInMemory {
@@ -68,6 +70,8 @@ public:
     // capture, then destinations absent from it.
     void listDestinations(int count, int callsInCapture);
     PassResult run(const CaptureInMemory& capture);
+    SngDissector* dissector();
+    void waitUntilDrained();
 
 private:
     class Engine;
