@@ -370,3 +370,9 @@ bool Sniffer::capturesFilesOnly() const {
 bool Sniffer::allFilesRead() const {
     return capturesRunning == 0 && dissector->isDrained();
 }
+
+bool Sniffer::getCaptureStats(int i, pcap_stat& stats) const {
+    if (i < 0 || i >= deviceCount || deviceDown[i] || !handle[i])
+        return false;
+    return pcap_stats(handle[i], &stats) == 0;
+}
