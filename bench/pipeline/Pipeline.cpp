@@ -116,11 +116,12 @@ PassResult runBaseline(const CaptureInMemory& capture) {
 
 class PipelineBench::Engine {
 public:
-    Engine() {
+    Engine(const std::string& device, const char* filter) {
         log4cxx::BasicConfigurator::configure();
         log4cxx::Logger::getLogger("SnifferClient")->setLevel(log4cxx::Level::getWarn());
         sniffer.setEmbedded(true);
-        sniffer.setDevice("");  // frames come from the benchmark, not from a device
+        sniffer.setDevice(device.c_str());
+        sniffer.setFilter(filter);
         sniffer.setupSniffing();
         counter = new CountingConnection;
         dissector()->useConnections(counter, nullptr);
@@ -156,10 +157,18 @@ public:
     std::atomic<long> consumerTid{0};
 };
 
-PipelineBench::PipelineBench() : engine(new Engine) {}
+PipelineBench::PipelineBench(const std::string& device, const char* filter) : engine(new Engine(device, filter)) {}
 
 PipelineBench::~PipelineBench() {
     delete engine;
+}
+
+Sniffer& PipelineBench::sniffer() {
+    return engine->sniffer;
+}
+
+uint64_t PipelineBench::framesForwarded() const {
+    return engine->counter->frames.load();
 }
 
 SngDissector* PipelineBench::dissector() {

@@ -10,6 +10,7 @@
 #include "BaseConnection.h"
 
 class SngDissector;
+class Sniffer;
 
 // A capture file held in memory; every pass reads it through libpcap as if
 // from disk, so each pass pays the same reading cost.
@@ -61,7 +62,9 @@ PassResult runBaseline(const CaptureInMemory& capture);
 // consumer classifies, frames and forwards on another.
 class PipelineBench {
 public:
-    PipelineBench();
+    // Frames come from the benchmark through the capture callback, or
+    // from `device` when one is named.
+    explicit PipelineBench(const std::string& device = "", const char* filter = "udp");
     ~PipelineBench();
     PipelineBench(const PipelineBench&) = delete;
     PipelineBench& operator=(const PipelineBench&) = delete;
@@ -72,6 +75,8 @@ public:
     PassResult run(const CaptureInMemory& capture);
     SngDissector* dissector();
     void waitUntilDrained();
+    Sniffer& sniffer();
+    uint64_t framesForwarded() const;
 
 private:
     class Engine;

@@ -295,6 +295,18 @@ Destination absentDestination(int index) {
             static_cast<uint16_t>(20000 + 2 * (index & 0xFF))};
 }
 
+bool isCallFrame(const uint8_t* frame, std::size_t length) {
+    if (length < sizeof(ether_header_t) + sizeof(ip_header_t))
+        return false;
+    ip_header_t ip;
+    std::memcpy(&ip, frame + sizeof(ether_header_t), sizeof ip);
+    auto isPhone = [](uint32_t networkOrder) {
+        const uint32_t a = ntohl(networkOrder) >> 16;
+        return a == (10u << 8 | 1) || a == (10u << 8 | 2);
+    };
+    return ip.ip_p == IPPROTO_UDP && isPhone(ip.ip_src) && isPhone(ip.ip_dst);
+}
+
 long writeSetup(const TrafficPlan& plan, const std::string& path) {
     FrameWriter out(path);
     if (!out.ok())

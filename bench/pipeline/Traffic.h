@@ -1,6 +1,7 @@
 #ifndef BENCH_PIPELINE_TRAFFIC_H
 #define BENCH_PIPELINE_TRAFFIC_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -29,6 +30,11 @@ Destination rtpDestination(int call, int direction);
 
 // Destinations that never appear in the traffic, to fill a list.
 Destination absentDestination(int index);
+
+// True for a frame of the calls themselves (their SIP and RTP, between the
+// phones), which a recorder that follows every call receives; false for the
+// unrelated traffic.
+bool isCallFrame(const uint8_t* frame, std::size_t length);
 
 // Writes the whole capture, set-up first, as a pcap file. Returns the
 // number of frames written, 0 when the file cannot be written.
