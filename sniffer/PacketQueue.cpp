@@ -5,25 +5,24 @@
 #include <new>
 
 namespace {
-constexpr std::size_t alignment = alignof(std::max_align_t);
+constexpr std::size_t alignment = alignof(pcap_pkthdr);
+constexpr std::size_t headerBytes = (sizeof(pcap_pkthdr) + alignment - 1) & ~(alignment - 1);
 
-constexpr std::size_t aligned(std::size_t n) {
-    return (n + alignment - 1) & ~(alignment - 1);
+constexpr std::size_t recordBytes(std::size_t frameLength) {
+    return headerBytes + ((frameLength + PacketQueue::framePadding + alignment - 1) & ~(alignment - 1));
 }
 }  // namespace
 
 void PacketQueue::push(const pcap_pkthdr& header, const u_char* packet) {
     const std::size_t copied = std::min(header.caplen, header.len);
-    const std::size_t headerBytes = aligned(sizeof(pcap_pkthdr));
-    const std::size_t need = headerBytes + aligned(header.len + framePadding);
     bool wakeConsumer;
     {
         std::lock_guard<std::mutex> guard(queueLock);
-        u_char* at = reserve(need);
-        Frame frame{new (at) pcap_pkthdr(header), at + headerBytes};
-        std::memcpy(frame.packet, packet, copied);
-        std::memset(frame.packet + copied, 0, header.len - copied + framePadding);
-        pending.push_back(frame);
+        u_char* at = reserve(recordBytes(header.len));
+        new (at) pcap_pkthdr(header);
+        std::memcpy(at + headerBytes, packet, copied);
+        std::memset(at + headerBytes + copied, 0, header.len - copied + framePadding);
+        pendingFrames.store(pendingFrames.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
         ++pushCount;
         wakeConsumer = consumerAsleep;
         consumerAsleep = false;  // one signal per sleep is enough
@@ -67,21 +66,43 @@ bool PacketQueue::next(Frame& frame, bool (*ended)()) {
             std::lock_guard<std::mutex> guard(batchLock);
             if (ended())
                 return false;
-            if (batchNext < batch.size()) {
-                frame = batch[batchNext++];
+            if (takeFromBatch(frame))
                 return true;
-            }
         }
         if (!refill(ended))
             return false;
     }
 }
 
+bool PacketQueue::takeFromBatch(Frame& frame) {
+    if (batchFrames == 0)
+        return false;
+    while (batchOffset == batchChunks[batchChunk].used) {
+        ++batchChunk;
+        batchOffset = 0;
+    }
+    u_char* at = batchChunks[batchChunk].bytes.get() + batchOffset;
+    frame.header = reinterpret_cast<pcap_pkthdr*>(at);
+    frame.packet = at + headerBytes;
+    batchOffset += recordBytes(frame.header->len);
+    --batchFrames;
+    return true;
+}
+
+void PacketQueue::spinForFrames(bool (*ended)()) const {
+    for (int i = 0; i < spinsBeforeSleep; ++i) {
+        if (pendingFrames.load(std::memory_order_relaxed) != 0 || ended())
+            return;
+        __builtin_ia32_pause();
+    }
+}
+
 // Called with the batch used up: its chunks hold no frame anyone still reads.
 bool PacketQueue::refill(bool (*ended)()) {
+    spinForFrames(ended);
     std::vector<Chunk> released;
     std::unique_lock<std::mutex> lock(queueLock);
-    while (pending.empty() && !ended()) {
+    while (pendingFrames.load(std::memory_order_relaxed) == 0 && !ended()) {
         consumerAsleep = true;
         framePresent.wait(lock);
     }
@@ -91,9 +112,9 @@ bool PacketQueue::refill(bool (*ended)()) {
     std::lock_guard<std::mutex> guard(batchLock);
     recycle(batchChunks, released);
     batchChunks.swap(pendingChunks);
-    batch.clear();
-    batch.swap(pending);
-    batchNext = 0;
+    batchChunk = 0;
+    batchOffset = 0;
+    batchFrames = pendingFrames.exchange(0, std::memory_order_relaxed);
     return true;
 }
 
@@ -108,9 +129,8 @@ std::size_t PacketQueue::clear() {
     std::vector<Chunk> released;
     std::lock_guard<std::mutex> guard(queueLock);
     std::lock_guard<std::mutex> batchGuard(batchLock);
-    const std::size_t dropped = pending.size() + (batch.size() - batchNext);
-    pending.clear();
-    batchNext = batch.size();
+    const std::size_t dropped = pendingFrames.exchange(0, std::memory_order_relaxed) + batchFrames;
+    batchFrames = 0;
     // The consumer may still be reading the frame it was given, so the
     // batch's chunks wait for its next refill; the pending ones are free.
     recycle(pendingChunks, released);

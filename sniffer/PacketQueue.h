@@ -1,6 +1,7 @@
 #ifndef SNIFFER_PACKET_QUEUE_H
 #define SNIFFER_PACKET_QUEUE_H
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -13,12 +14,12 @@
 // oldest first.
 //
 // A capture thread must never wait for the consumer, so the hand-off is kept
-// to one short critical section per frame on the producing side: the frame
-// and its capture header are copied into a large recycled chunk (no
-// allocation per frame, no memory freed on another thread) and appended to
-// the pending batch. The consumer takes the whole pending batch at once and
-// works through it without the shared lock, and a producer signals the
-// consumer only when it has gone to sleep on an empty queue.
+// to one short critical section per frame on the producing side: the capture
+// header and the frame are appended, back to back, to a large recycled chunk
+// (no allocation per frame, no memory freed on another thread). The consumer
+// takes every filled chunk at once and walks through them without the
+// shared lock, and it is signalled only when it has gone to sleep on an
+// empty queue.
 class PacketQueue {
 public:
     // Zero bytes behind every frame copy: the SIP start-line test and the
@@ -56,6 +57,8 @@ public:
     uint64_t pushed() const;
 
 private:
+    // Records follow each other in `bytes`: a capture header, then the frame
+    // and its padding, each rounded up to the alignment of the header.
     struct Chunk {
         std::unique_ptr<u_char[]> bytes;
         std::size_t capacity = 0;
@@ -64,28 +67,36 @@ private:
     static constexpr std::size_t chunkSize = 256 * 1024;
     // Kept for reuse when a batch is done; a backlog beyond this is freed.
     static constexpr std::size_t spareChunkLimit = 32;
+    // How long the consumer looks for a frame before it goes to sleep: at
+    // high rates the next one is microseconds away, and waking a sleeping
+    // consumer costs the producer a system call.
+    static constexpr int spinsBeforeSleep = 1000;
 
     u_char* reserve(std::size_t bytes);
     // Moves `chunks` to the spares; those beyond the limit go to `released`,
     // to be freed once the lock is let go.
     void recycle(std::vector<Chunk>& chunks, std::vector<Chunk>& released);
     bool refill(bool (*ended)());
+    void spinForFrames(bool (*ended)()) const;
+    bool takeFromBatch(Frame& frame);
 
     // Shared between producers and the consumer, under queueLock.
     mutable std::mutex queueLock;
     std::condition_variable framePresent;
-    std::vector<Frame> pending;
     std::vector<Chunk> pendingChunks;  // the last one is being filled
     std::vector<Chunk> spareChunks;
     uint64_t pushCount = 0;
     bool consumerAsleep = false;
+    // Frames in pendingChunks, readable without the lock while the consumer spins.
+    std::atomic<std::size_t> pendingFrames{0};
 
     // The consumer's batch. Its lock is the consumer's own except when
     // clear() runs on another thread; taken after queueLock when both are held.
     std::mutex batchLock;
-    std::vector<Frame> batch;
-    std::size_t batchNext = 0;
     std::vector<Chunk> batchChunks;
+    std::size_t batchChunk = 0;   // the chunk being walked
+    std::size_t batchOffset = 0;  // its next record
+    std::size_t batchFrames = 0;  // frames not yet handed over
 };
 
 #endif
