@@ -119,6 +119,7 @@ public:
     Engine(const std::string& device, const char* filter) {
         log4cxx::BasicConfigurator::configure();
         log4cxx::Logger::getLogger("SnifferClient")->setLevel(log4cxx::Level::getWarn());
+        Sniffer::installWakeSignal();  // stopSniffing() interrupts capture threads with it
         sniffer.setEmbedded(true);
         sniffer.setDevice(device.c_str());
         sniffer.setFilter(filter);
