@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <sys/mman.h>
 
 namespace {
 constexpr std::size_t alignment = alignof(pcap_pkthdr);
@@ -38,8 +39,7 @@ u_char* PacketQueue::reserve(std::size_t bytes) {
             chunk = std::move(spareChunks.back());
             spareChunks.pop_back();
         } else {
-            chunk.capacity = std::max(chunkSize, bytes);
-            chunk.bytes.reset(new u_char[chunk.capacity]);
+            chunk = mapChunk(std::max(chunkSize, bytes));
         }
         chunk.used = 0;
         pendingChunks.push_back(std::move(chunk));
@@ -48,6 +48,20 @@ u_char* PacketQueue::reserve(std::size_t bytes) {
     u_char* at = tail.bytes.get() + tail.used;
     tail.used += bytes;
     return at;
+}
+
+void PacketQueue::Unmap::operator()(u_char* bytes) const {
+    munmap(bytes, length);
+}
+
+PacketQueue::Chunk PacketQueue::mapChunk(std::size_t capacity) {
+    void* bytes = mmap(nullptr, capacity, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (bytes == MAP_FAILED)
+        throw std::bad_alloc();
+    Chunk chunk;
+    chunk.bytes = std::unique_ptr<u_char[], Unmap>(static_cast<u_char*>(bytes), Unmap{capacity});
+    chunk.capacity = capacity;
+    return chunk;
 }
 
 void PacketQueue::recycle(std::vector<Chunk>& chunks, std::vector<Chunk>& released) {

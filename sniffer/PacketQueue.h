@@ -59,14 +59,23 @@ public:
 private:
     // Records follow each other in `bytes`: a capture header, then the frame
     // and its padding, each rounded up to the alignment of the header.
+    // Mapped from the system directly, so that a chunk freed after a backlog
+    // goes back to it instead of staying in the allocator's heap.
+    struct Unmap {
+        std::size_t length;
+        void operator()(u_char* bytes) const;
+    };
     struct Chunk {
-        std::unique_ptr<u_char[]> bytes;
+        std::unique_ptr<u_char[], Unmap> bytes{nullptr, Unmap{0}};
         std::size_t capacity = 0;
         std::size_t used = 0;
     };
     static constexpr std::size_t chunkSize = 256 * 1024;
-    // Kept for reuse when a batch is done; a backlog beyond this is freed.
-    static constexpr std::size_t spareChunkLimit = 32;
+    // Kept for reuse when a batch is done: enough for a steady flow; the
+    // chunks of a backlog beyond this are returned to the system.
+    static constexpr std::size_t spareChunkLimit = 8;
+
+    static Chunk mapChunk(std::size_t capacity);
     // How long the consumer looks for a frame before it goes to sleep: at
     // high rates the next one is microseconds away, and waking a sleeping
     // consumer costs the producer a system call.
