@@ -35,9 +35,11 @@ void PacketQueue::push(const pcap_pkthdr& header, const u_char* packet) {
 u_char* PacketQueue::reserve(std::size_t bytes) {
     if (pendingChunks.empty() || pendingChunks.back().capacity - pendingChunks.back().used < bytes) {
         Chunk chunk;
+        ++chunksFilled;
         if (bytes <= chunkSize && !spareChunks.empty()) {
             chunk = std::move(spareChunks.back());
             spareChunks.pop_back();
+            spareLowWater = std::min(spareLowWater, spareChunks.size());
         } else {
             chunk = mapChunk(std::max(chunkSize, bytes));
         }
@@ -72,6 +74,14 @@ void PacketQueue::recycle(std::vector<Chunk>& chunks, std::vector<Chunk>& releas
             released.push_back(std::move(chunk));
     }
     chunks.clear();
+    if (chunksFilled >= trimInterval) {
+        for (std::size_t unused = std::min(spareLowWater, spareChunks.size()); unused > 0; --unused) {
+            released.push_back(std::move(spareChunks.back()));
+            spareChunks.pop_back();
+        }
+        spareLowWater = spareChunks.size();
+        chunksFilled = 0;
+    }
 }
 
 bool PacketQueue::next(Frame& frame, bool (*ended)()) {

@@ -71,9 +71,12 @@ private:
         std::size_t used = 0;
     };
     static constexpr std::size_t chunkSize = 256 * 1024;
-    // Kept for reuse when a batch is done: enough for a steady flow; the
-    // chunks of a backlog beyond this are returned to the system.
-    static constexpr std::size_t spareChunkLimit = 8;
+    // Chunks are kept for reuse when a batch is done, up to this many; the
+    // chunks of a larger backlog are returned to the system at once.
+    static constexpr std::size_t spareChunkLimit = 32;
+    // Every this many chunks filled, the spares that none of them needed
+    // are returned too, so memory taken by a past backlog does not stay.
+    static constexpr std::size_t trimInterval = 256;
 
     static Chunk mapChunk(std::size_t capacity);
     // How long the consumer looks for a frame before it goes to sleep: at
@@ -94,6 +97,8 @@ private:
     std::condition_variable framePresent;
     std::vector<Chunk> pendingChunks;  // the last one is being filled
     std::vector<Chunk> spareChunks;
+    std::size_t spareLowWater = 0;  // fewest spares since the last trim
+    std::size_t chunksFilled = 0;   // since the last trim
     uint64_t pushCount = 0;
     bool consumerAsleep = false;
     // Frames in pendingChunks, readable without the lock while the consumer spins.
