@@ -7,47 +7,21 @@
 #include <pcap.h>
 #include <string>
 
+#include "SngDissector.h"
+
 namespace {
 
 constexpr int tickMicros = 20000;  // one G.711 packet every 20 ms
 constexpr int rtpPayloadBytes = 160;
 constexpr uint16_t sipPort = 5060;
 
+// The engine's own wire structures, written here instead of read.
+using ether_header_t = SngDissector::sniff_ethernet;
+using ip_header_t = SngDissector::sniff_ip;
+using udp_header_t = SngDissector::sniff_udp;
+using tcp_header_t = SngDissector::sniff_tcp;
+
 #pragma pack(push, 1)
-struct ether_header_t {
-    uint8_t ether_dhost[6];
-    uint8_t ether_shost[6];
-    uint16_t ether_type;
-};
-struct ip_header_t {
-    uint8_t ip_vhl;
-    uint8_t ip_tos;
-    uint16_t ip_len;
-    uint16_t ip_id;
-    uint16_t ip_off;
-    uint8_t ip_ttl;
-    uint8_t ip_p;
-    uint16_t ip_sum;
-    uint32_t ip_src;
-    uint32_t ip_dst;
-};
-struct udp_header_t {
-    uint16_t uh_sport;
-    uint16_t uh_dport;
-    uint16_t uh_ulen;
-    uint16_t uh_sum;
-};
-struct tcp_header_t {
-    uint16_t th_sport;
-    uint16_t th_dport;
-    uint32_t th_seq;
-    uint32_t th_ack;
-    uint8_t th_offx2;
-    uint8_t th_flags;
-    uint16_t th_win;
-    uint16_t th_sum;
-    uint16_t th_urp;
-};
 struct rtp_header_t {
     uint8_t vpxcc;
     uint8_t mpt;
@@ -112,7 +86,7 @@ private:
     void write(long micros, uint8_t protocol, uint32_t src, uint32_t dst, const void* transport,
                std::size_t transportLength, const uint8_t* payload, std::size_t length) {
         uint8_t frame[1600];
-        ether_header_t eth{{0x02, 0, 0, 0, 0, 0x02}, {0x02, 0, 0, 0, 0, 0x01}, htons(0x0800)};
+        ether_header_t eth{{0x02, 0, 0, 0, 0, 0x02}, {0x02, 0, 0, 0, 0, 0x01}, {0x08, 0x00}};
         ip_header_t ip{0x45, 0,  htons(static_cast<uint16_t>(sizeof ip + transportLength + length)),
                        htons(static_cast<uint16_t>(frames)), 0, 64, protocol, 0, htonl(src), htonl(dst)};
         ip.ip_sum = ipChecksum(ip);
@@ -279,6 +253,11 @@ void writeTick(FrameWriter& out, const TrafficPlan& plan, long tick, long start,
         writeEvent(out, e, tick, random);
 }
 
+void writeAllSetups(FrameWriter& out, const TrafficPlan& plan) {
+    for (int call = 0; call < plan.calls; ++call)
+        writeCallSetup(out, call, static_cast<long>(call) * 5000);
+}
+
 long setupMicros(const TrafficPlan& plan) {
     return static_cast<long>(plan.calls) * 5000;
 }
@@ -311,8 +290,7 @@ long writeSetup(const TrafficPlan& plan, const std::string& path) {
     FrameWriter out(path);
     if (!out.ok())
         return 0;
-    for (int call = 0; call < plan.calls; ++call)
-        writeCallSetup(out, call, static_cast<long>(call) * 5000);
+    writeAllSetups(out, plan);
     return out.written();
 }
 
@@ -320,8 +298,7 @@ long writeCapture(const TrafficPlan& plan, const std::string& path) {
     FrameWriter out(path);
     if (!out.ok())
         return 0;
-    for (int call = 0; call < plan.calls; ++call)
-        writeCallSetup(out, call, static_cast<long>(call) * 5000);
+    writeAllSetups(out, plan);
     const double ticksPerSecond = 1e6 / tickMicros;
     Rate sip(plan.sipPerCall * plan.calls / ticksPerSecond);
     Rate udpNoise(plan.udpNoisePerCall * plan.calls / ticksPerSecond);
