@@ -31,8 +31,8 @@ struct wav_header {
 static_assert(sizeof(wav_header) == 44);
 
 constexpr int64_t kMaxSamples = int64_t{CallAudio::kSampleRate} * 3600 * 4;
-// A timestamp that strays further than this from the arrival time restarts the source's timeline.
-constexpr int64_t kMaxDrift = int64_t{CallAudio::kSampleRate} * 10;
+// Consecutive packets further apart than this in RTP time are a jump, not a gap in the audio.
+constexpr int64_t kMaxStep = int64_t{CallAudio::kSampleRate} * 10;
 
 }  // namespace
 
@@ -46,11 +46,15 @@ void CallAudio::add(int channel, TimePoint arrival, const RtpPacket& packet)
         std::chrono::duration_cast<std::chrono::microseconds>(arrival - *origin_).count() * kSampleRate / 1000000;
 
     Channel& target = channels_[static_cast<size_t>(channel)];
-    int64_t index = target.anchorIndex + static_cast<int32_t>(packet.timestamp - target.anchorTimestamp);
-    if (!target.anchored || packet.ssrc != target.ssrc || std::abs(index - arrivalIndex) > kMaxDrift) {
-        target = {std::move(target.samples), true, packet.ssrc, packet.timestamp, arrivalIndex};
-        index = arrivalIndex;
+    const int64_t step = static_cast<int32_t>(packet.timestamp - target.lastTimestamp);
+    if (!target.anchored || packet.ssrc != target.ssrc || std::abs(step) > kMaxStep) {
+        target.anchored = true;
+        target.ssrc = packet.ssrc;
+        target.anchorTimestamp = packet.timestamp;
+        target.anchorIndex = arrivalIndex;
     }
+    target.lastTimestamp = packet.timestamp;
+    const int64_t index = target.anchorIndex + static_cast<int32_t>(packet.timestamp - target.anchorTimestamp);
     const int64_t end = index + static_cast<int64_t>(packet.payload.size());
     if (index < 0 || end > kMaxSamples)
         return;

@@ -11,7 +11,8 @@
 namespace recorder {
 
 // The G.711 audio of one call, one channel per direction, on a common timeline: a source's
-// first packet is placed by its arrival time, the following ones by their RTP timestamps.
+// first packet is placed by its arrival time, the following ones by their RTP timestamps. A
+// new SSRC or a jump in the timestamps places the source anew by arrival.
 class CallAudio {
 public:
     static constexpr int kChannels = 2;
@@ -32,6 +33,7 @@ private:
         bool anchored = false;
         uint32_t ssrc = 0;
         uint32_t anchorTimestamp = 0;
+        uint32_t lastTimestamp = 0;
         int64_t anchorIndex = 0;
     };
 

@@ -14,12 +14,16 @@ Party sender(const SipMessage& message, const std::string& callerTag)
     return message.isRequest == (message.fromTag == callerTag) ? Party::Caller : Party::Callee;
 }
 
+bool answersInvite(const SipMessage& message)
+{
+    return !message.isRequest && message.cseqMethod == "INVITE";
+}
+
 // A final answer that refuses the call. Authentication challenges are not: the caller asks
 // again in the same call.
 bool rejectsCall(const SipMessage& message)
 {
-    return !message.isRequest && message.cseqMethod == "INVITE" && message.status >= 300 && message.status != 401 &&
-           message.status != 407;
+    return answersInvite(message) && message.status >= 300 && message.status != 401 && message.status != 407;
 }
 
 std::vector<MediaAddress> mediaOf(std::string_view sdp)
@@ -79,22 +83,19 @@ void CallTracker::followSip(Tracked& tracked, const SipMessage& message, TimePoi
 {
     Call& call = *tracked.call;
     if (!message.sdp.empty() && (message.isRequest || message.status < 300)) {
-        std::vector<MediaAddress> addresses = mediaOf(message.sdp);
-        std::vector<Endpoint> announced;
-        for (const MediaAddress& address : addresses)
-            announced.push_back(address.address);
-        for (const Endpoint& dropped : call.replaceMedia(sender(message, tracked.callerTag), std::move(addresses)))
+        const std::vector<MediaAddress> addresses = mediaOf(message.sdp);
+        for (const Endpoint& dropped : call.replaceMedia(sender(message, tracked.callerTag), addresses))
             unroute(dropped, call);
-        for (const Endpoint& address : announced)
-            route(address, call);
+        for (const MediaAddress& address : addresses)
+            route(address.address, call);
     }
 
     if (message.isRequest && message.method == "BYE")
         end(call, "bye", arrival);
     else if (message.isRequest && message.method == "CANCEL")
         end(call, "cancel", arrival);
-    else if (!message.isRequest && message.cseqMethod == "INVITE" && message.status < 300)
-        tracked.answered = tracked.answered || message.status >= 200;
+    else if (answersInvite(message) && message.status >= 200 && message.status < 300)
+        tracked.answered = true;
     else if (!tracked.answered && rejectsCall(message))
         end(call, "rejected " + std::to_string(message.status), arrival);
 }

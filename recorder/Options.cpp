@@ -49,7 +49,7 @@ std::string usage(const std::string& program)
          << defaults.heartbeat.count() / 1000.0 << ")\n"
          << "  -l, --linger SECONDS    keep an ended call open this long for its last messages (default "
          << defaults.linger.count() / 1000.0 << ")\n"
-         << "  -v, --verbose           log every command sent to the sniffer\n"
+         << "  -v, --verbose           also log each command sent and each RTP packet that belongs to no call\n"
          << "  -h, --help              print this help and exit\n\n"
          << "Each call goes to DIR/<start>_<call id>/: call.pcap (its SIP and RTP), call.json (parties,\n"
          << "times, media, per-stream counts) and call.wav (G.711 audio, one channel per direction).\n"

@@ -90,7 +90,8 @@ bool SnifferLink::bindBoth(const sockaddr_in& address)
 void SnifferLink::service(Milliseconds timeout, const sigset_t& signalMask)
 {
     pollfd fds[2] = {{connection_ >= 0 ? connection_ : listener_, POLLIN, 0}, {udp_, POLLIN, 0}};
-    const timespec wait{static_cast<time_t>(timeout.count() / 1000), static_cast<long>(timeout.count() % 1000) * 1000000};
+    const timespec wait{static_cast<time_t>(timeout.count() / 1000),
+                        static_cast<long>(timeout.count() % 1000) * 1000000};
     if (ppoll(fds, 2, &wait, &signalMask) <= 0)
         return;  // timeout, or a signal for the caller to look at
     if (fds[0].revents != 0)

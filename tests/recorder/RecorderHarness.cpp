@@ -168,7 +168,8 @@ std::optional<Command> TcpSniffer::readCommand(std::chrono::milliseconds timeout
     size_t have = 0;
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     while (have < command.size()) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
         if (left.count() <= 0 || !pollReadable(fd_, left))
             return std::nullopt;
         const ssize_t n = recv(fd_, command.data() + have, command.size() - have, 0);

@@ -54,7 +54,8 @@ protected:
                                rtp(kPcma, sequence, 160u * (sequence - 100), 0x1111, kAlawLoudest)));
         // Callee to caller, μ-law: one second in order.
         for (uint16_t sequence = 0; sequence < 50; ++sequence)
-            sniffer.send(frame(2, kCalleeRtp, kCallerRtp, rtp(kPcmu, sequence, 160u * sequence, 0x2222, kUlawLoudest)));
+            sniffer.send(
+                frame(2, kCalleeRtp, kCallerRtp, rtp(kPcmu, sequence, 160u * sequence, 0x2222, kUlawLoudest)));
 
         sip(sipRequest("BYE", "call-a@10.0.0.1"), true);
         sip(sipResponse(200, "BYE", "call-a@10.0.0.1"), false);
@@ -115,7 +116,8 @@ TEST_F(RecorderFiles, PcapHoldsEverySipAndRtpPacketWithItsAddresses)
     const std::string fields =
         run("tshark -r '" + (folder / "call.pcap").string() +
             "' -d udp.port==4000,rtp -d udp.port==5000,rtp -T fields -E separator=' ' "
-            "-e ip.src -e udp.srcport -e ip.dst -e udp.dstport -e sip.Method -e sip.Status-Code -e rtp.seq 2>/dev/null");
+            "-e ip.src -e udp.srcport -e ip.dst -e udp.dstport -e sip.Method -e sip.Status-Code -e rtp.seq "
+            "2>/dev/null");
     std::vector<std::string> lines;
     std::istringstream in(fields);
     for (std::string line; std::getline(in, line);)

@@ -1,5 +1,6 @@
 // The recorder's parsers and decoders on their own, where a fault would hide behind the
 // end-to-end tests.
+#include "CallAudio.h"
 #include "G711.h"
 #include "H323Description.h"
 #include "Rtp.h"
@@ -25,6 +26,21 @@ TEST(RecorderG711, DecodesTheCodeWordsAtTheEndsAndTheMiddle)
     EXPECT_EQ(alawToLinear(0xaa), 32256);
     EXPECT_EQ(alawToLinear(0x2a), -32256);
     EXPECT_EQ(alawToLinear(0xc5), 264);
+}
+
+TEST(RecorderAudio, TimestampsPlaceTheAudioWhateverTheArrivalButAJumpIsNotSilence)
+{
+    CallAudio audio;
+    const std::string payload(160, '\xd5');
+    const TimePoint start{};
+    // Twenty seconds of RTP time in steps of 5 s, arriving within milliseconds as a fast replay
+    // delivers them.
+    for (uint16_t i = 0; i <= 4; ++i)
+        audio.add(0, start + std::chrono::milliseconds(i), RtpPacket{kPcma, i, 40000u * i - (i ? 160 : 0), 7, payload});
+    EXPECT_DOUBLE_EQ(audio.duration(), 20.0);
+    // A timestamp an hour on resumes where the packet arrived instead of after an hour of silence.
+    audio.add(0, start + std::chrono::milliseconds(500), RtpPacket{kPcma, 5, 160000 + 8000 * 3600, 7, payload});
+    EXPECT_DOUBLE_EQ(audio.duration(), 20.0);
 }
 
 TEST(RecorderSdp, MediaLevelConnectionOverridesTheSessionsAndUnusableMediaIsLeftOut)

@@ -1,0 +1,197 @@
+// Classification and framing, from the capture callback to a TCP recorder:
+// frames built byte by byte go through Sniffer::gotPacket, the engine's
+// queue and consumer, and arrive (or not) at a real recorder on 127.0.0.1,
+// which drives the RTP list with its commands.
+#include <gtest/gtest.h>
+
+#include "Frames.h"
+#include "LogCapture.h"
+#include "LogSearch.h"
+#include "Recorder.h"
+#include "SnifferRun.h"
+
+namespace {
+const Bytes markerPayload = bytesOf("SIP/2.0 200 marker");
+const Bytes marker = udpFrame({"10.9.9.9", 5060}, {"10.9.9.8", 5060}, markerPayload);
+}  // namespace
+
+class Forwarding : public testing::Test {
+protected:
+    void SetUp() override {
+        run = std::make_unique<SnifferRun>(
+            std::vector<std::string>{"-d", "", "-h", "127.0.0.1", "-p", std::to_string(recorder.port())}, "TCP");
+        ASSERT_EQ(0, run->setupResult());
+        // The link is up once the first frame went out; commands are read from then on.
+        capture(marker);
+        ASSERT_TRUE(recorder.next());
+    }
+
+    ForwardedFrame forwarded(const Bytes& frame, std::size_t wireLength = 0) {
+        capture(frame, wireLength);
+        const auto received = recorder.next();
+        if (received)
+            return *received;
+        ADD_FAILURE() << "nothing was forwarded";
+        return {Bytes(15, 0)};
+    }
+
+    // The frame is dropped when the marker captured after it is the next to arrive.
+    void expectDropped(const Bytes& frame) {
+        capture(frame);
+        capture(marker);
+        const auto received = recorder.next();
+        ASSERT_TRUE(received);
+        EXPECT_EQ(markerPayload, received->payload()) << "forwarded a frame that should be dropped";
+    }
+
+    LogCapture log;
+    TcpRecorder recorder;
+    std::unique_ptr<SnifferRun> run;
+};
+
+TEST_F(Forwarding, RtpToAListedDestinationGoesBehindTheFifteenByteHeader) {
+    ASSERT_TRUE(recorder.apply({command(1, "10.0.0.2", 5000)}));
+    const Bytes rtp(160, 0xD5);
+    Bytes expected = {0x00, 0xAF, 0x02, 0x0A, 0x00, 0x00, 0x02, 0x13, 0x88, 0x0A, 0x00, 0x00, 0x01, 0x0F, 0xA0};
+    expected.resize(expected.size() + rtp.size(), 0xD5);  // followed by the payload as sent
+
+    EXPECT_EQ(expected, forwarded(udpFrame({"10.0.0.1", 4000}, {"10.0.0.2", 5000}, rtp)).bytes);
+}
+
+TEST_F(Forwarding, RtpListFollowsAddAndRemoveCommandsByDestination) {
+    const Bytes rtp(20, 0xD5);
+    const Bytes toListed = udpFrame({"10.9.0.1", 3000}, {"10.1.2.3", 8000}, rtp);
+    expectDropped(toListed);
+
+    ASSERT_TRUE(recorder.apply({command(1, "10.1.2.3", 8000), command(1, "10.1.2.3", 8000)}));
+    EXPECT_TRUE(log.contains("DEBUG", "rx from server cmd=1, ip=10.1.2.3, port=8000"));
+    EXPECT_TRUE(log.contains("DEBUG", "Added to list rtp (ip=0xa010203=10.1.2.3, port=0x1f40=8000)"));
+    EXPECT_EQ(2, forwarded(toListed).protocol());
+    expectDropped(udpFrame({"10.1.2.3", 8000}, {"10.9.0.1", 3000}, rtp));
+    expectDropped(udpFrame({"10.9.0.1", 3000}, {"10.1.2.3", 8000}, {}));
+    // SIP is recognised first, even when sent to a listed destination.
+    EXPECT_EQ(1,
+              forwarded(udpFrame({"10.9.0.1", 3000}, {"10.1.2.3", 8000}, bytesOf("BYE sip:a@b SIP/2.0"))).protocol());
+
+    ASSERT_TRUE(recorder.apply({command(9, "10.1.2.3", 8000)}));
+    EXPECT_EQ(2, forwarded(toListed).protocol());
+    // One removal takes out the destination however often it was added.
+    ASSERT_TRUE(recorder.apply({command(2, "10.1.2.3", 8000)}));
+    EXPECT_TRUE(log.contains("DEBUG", "Removed from list rtp (ip=0xa010203=10.1.2.3, port=0x1f40=8000)"));
+    expectDropped(toListed);
+}
+
+TEST_F(Forwarding, HeartbeatRequestIsAnsweredWithAnEmptyProtocol3Frame) {
+    ASSERT_TRUE(recorder.apply({}));
+    const Bytes reply = recorder.received().back().bytes;
+    ASSERT_EQ(15u, reply.size());
+    EXPECT_EQ((Bytes{0x00, 0x0F, 0x03}), Bytes(reply.begin(), reply.begin() + 3));
+    EXPECT_TRUE(log.contains("DEBUG", "Heartbeat request received"));
+    EXPECT_TRUE(waitForLog(log, "Heartbeat sent", 1s));  // written once the reply is out
+}
+
+TEST_F(Forwarding, VlanTagsAndIpOptionsAreSkippedToFindThePayload) {
+    const Bytes sip = bytesOf("SIP/2.0 180 Ringing");
+    for (const FrameOptions& options :
+         {FrameOptions{etherTypeVlan}, FrameOptions{etherTypeQinQ}, FrameOptions{etherTypeIpv4, 3}}) {
+        SCOPED_TRACE(testing::Message() << "EtherType " << std::hex << options.etherType << ", IP option words "
+                                        << options.ipOptionWords);
+        const ForwardedFrame frame = forwarded(udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5070}, sip, options));
+        EXPECT_EQ(1, frame.protocol());
+        EXPECT_EQ("10.0.0.2:5070", frame.destination());
+        EXPECT_EQ("10.0.0.1:5060", frame.source());
+        EXPECT_EQ(sip, frame.payload());
+    }
+}
+
+TEST_F(Forwarding, EthernetPaddingOfAShortDatagramIsForwardedWithIt) {
+    const ForwardedFrame frame =
+        forwarded(padded(udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5060}, bytesOf("SIP/2.0 OK"))));
+    Bytes expected = bytesOf("SIP/2.0 OK");
+    expected.resize(18, 0);
+    EXPECT_EQ(33, frame.length());
+    EXPECT_EQ(expected, frame.payload());
+}
+
+TEST_F(Forwarding, FrameCutAtTheSnapLengthIsForwardedAtItsWireLengthZeroFilled) {
+    const Bytes frame = udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5060}, bytesOf("SIP/2.0 200 OK"));
+    Bytes expected = bytesOf("SIP/2.0 200 OK");
+    expected.resize(expected.size() + 6, 0);
+    EXPECT_EQ(expected, forwarded(frame, frame.size() + 6).payload());
+}
+
+TEST_F(Forwarding, OtherProtocolsAndBadIpHeadersAreDroppedWithARawHeaderDump) {
+    expectDropped(ipFrame(1 /*ICMP*/, 0x001C, 0x1234, 0x4000, 0x40, 0xABCD, Bytes(8, 0)));
+    // The 16-bit fields are shown as a little-endian host reads the wire bytes.
+    EXPECT_TRUE(log.contains("ERROR",
+                             "*** Dropping IP packet with unknown upper layer protocol\n"
+                             "vhl=45 tos=00 len=1c00 id=3412 off=0040 ttl=40 p=01 sum=cdab"));
+
+    const Bytes arp = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x02, 0,    0, 0, 0, 0x01, 0x08, 0x06,  // Ethernet
+                       0x00, 0x01, 0x08, 0x00, 0x06, 0x04, 0x00, 0x01,                             // request
+                       0x02, 0,    0,    0,    0,    0x01, 10,   0,    0, 1, 0, 0,    0,    0,    0, 0, 10, 0, 0, 2};
+    expectDropped(arp);
+    EXPECT_TRUE(log.contains("ERROR",
+                             "*** Dropping IP packet with unknown IP header\n"
+                             "vhl=00 tos=01 len=0008 id=0406 off=0100 ttl=02 p=00 sum=0000"));
+}
+
+TEST_F(Forwarding, TcpSegmentsAreNeverForwardedRaw) {
+    const Bytes invite = bytesOf("INVITE sip:bob@host SIP/2.0\r\n");
+    FrameOptions shortHeader;
+    shortHeader.tcpDataOffset = 4;
+    expectDropped(tcpFrame({"10.0.0.1", 1720}, {"10.0.0.2", 1720}, invite, shortHeader));
+    EXPECT_TRUE(log.contains("INFO", "*** Fragmented TCP message. Header length: 16 bytes"));
+    expectDropped(tcpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5060}, invite));
+    expectDropped(tcpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5060}, {}));
+}
+
+TEST_F(Forwarding, TruncatedFramesAreDroppedWithoutHarm) {
+    const Bytes udp = udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5060}, bytesOf("SIP/2.0 200 OK"));
+    const Bytes tcp = tcpFrame({"10.0.0.1", 1720}, {"10.0.0.2", 1720}, Bytes{3, 0, 0, 8, 'd', 'a', 't', 'a'});
+    for (std::size_t n = 1; n <= 42; ++n)
+        capture(Bytes(udp.begin(), udp.begin() + n));
+    for (std::size_t n = 1; n <= 54; ++n)
+        capture(Bytes(tcp.begin(), tcp.begin() + n));
+    expectDropped(Bytes(udp.begin(), udp.begin() + 42));
+}
+
+// ---------------------------------------------------------------- SIP start line
+
+struct StartLine {
+    const char* name;
+    const char* text;
+    bool sip;
+};
+
+void PrintTo(const StartLine& line, std::ostream* os) {
+    *os << line.name;
+}
+
+class SipStartLine : public Forwarding, public testing::WithParamInterface<StartLine> {};
+
+TEST_P(SipStartLine, DecidesWhetherADatagramIsSip) {
+    const Bytes payload = bytesOf(GetParam().text);
+    const Bytes frame = udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5062}, payload);
+    if (!GetParam().sip) {
+        expectDropped(frame);
+        return;
+    }
+    const ForwardedFrame sent = forwarded(frame);
+    EXPECT_EQ(1, sent.protocol());
+    EXPECT_EQ(payload, sent.payload());
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, SipStartLine,
+                         testing::Values(StartLine{"Request", "INVITE sip:alice@example.com SIP/2.0\r\n", true},
+                                         StartLine{"UnknownMethod", "FOO sip:x", true},  // the method is not checked
+                                         StartLine{"OtherCase", "invite SIP:bob@host SIP/2.0", true},
+                                         StartLine{"LeadingWhite", "\t OPTIONS sip:bob@host SIP/2.0", true},
+                                         StartLine{"TelUri", "INVITE tel:+1555 SIP/2.0", false},
+                                         StartLine{"Status", "SIP/2.0 200 OK\r\n", true},
+                                         StartLine{"StatusOtherCase", "sip/2.0 180 Ringing", true},
+                                         StartLine{"StatusAfterBlank", " SIP/2.0 200 OK", false},
+                                         StartLine{"FirstWordOf15Bytes", "ABCDEFGHIJKLMNO sip:x", true},
+                                         StartLine{"FirstWordOf16Bytes", "ABCDEFGHIJKLMNOP sip:x",
+                                                   false}),  // the budget runs out
+                         [](const testing::TestParamInfo<StartLine>& info) { return info.param.name; });

@@ -1,0 +1,32 @@
+#include "SnifferRun.h"
+
+#include "Sniffer.h"
+
+SnifferRun::SnifferRun(const std::vector<std::string>& options, const char* transport) : words(options) {
+    static const bool wakeSignalInstalled = (Sniffer::installWakeSignal(), true);
+    (void)wakeSignalInstalled;
+    words.insert(words.begin(), "udpsniffer");
+    std::vector<char*> argv;
+    for (std::string& w : words)
+        argv.push_back(w.data());
+    argv.push_back(nullptr);
+
+    engine = std::make_unique<Sniffer>();
+    if (engine->configure(static_cast<int>(words.size()), argv.data()) != 0)
+        return;
+    engine->setServerProtocol(transport);
+    setup = engine->setupSniffing();
+    if (setup == 0)
+        consumer = std::thread([this] { engine->startSniffing(); });
+}
+
+SnifferRun::~SnifferRun() {
+    stop();
+}
+
+void SnifferRun::stop() {
+    if (!consumer.joinable())
+        return;
+    engine->stopSniffing();
+    consumer.join();
+}
