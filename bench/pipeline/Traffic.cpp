@@ -170,7 +170,7 @@ private:
     double due = 0;
 };
 
-enum class Kind { Rtp, Sip, UdpNoise, TcpNoise };
+enum class Kind { Rtp, Sip, UdpNoise, TcpNoise, H323 };
 struct Event {
     long micros;
     Kind kind;
@@ -185,6 +185,33 @@ public:
 private:
     uint32_t state = 12345;
 };
+
+std::vector<uint8_t> fromHex(const char* hex) {
+    std::vector<uint8_t> bytes;
+    for (const char* p = hex; p[0] && p[1]; p += 2)
+        bytes.push_back(static_cast<uint8_t>(std::stoi(std::string(p, 2), nullptr, 16)));
+    return bytes;
+}
+
+// Behind its TPKT header: version 3, a reserved byte, the length with the header.
+std::vector<uint8_t> tpkt(std::vector<uint8_t> message) {
+    const std::size_t length = message.size() + 4;
+    const uint8_t header[4] = {3, 0, static_cast<uint8_t>(length >> 8), static_cast<uint8_t>(length)};
+    message.insert(message.begin(), header, header + 4);
+    return message;
+}
+
+// A Setup and a Connect (Q.931 with H.225.0) of one call between two desk endpoints.
+const std::vector<uint8_t>& h323Message(int which) {
+    static const std::vector<uint8_t> messages[2] = {
+        tpkt(fromHex("080277f40504038090a528086d2e6a656d6563007e00850520a8060008914a0004014006006d002e006a0065006d"
+                     "0065006322c00900003d1443616c6c67656e33323320706f67616373616d00000a302e39616c706861340000000a01"
+                     "061206b800f8fdf93ecd9ed6119ab2000476222017005d0d8007000a01038f80231100c0fef93ecd9ed6119ab20004"
+                     "76222017010001000100010002800100")),
+        tpkt(fromHex("0802f7f40728074d2e4a454d45437e004c0522c0060008914a0003000a01061204d022c000000000033331306900"
+                     "5200f8fdf93ecd9ed6119ab2000476222017170c001100c0fef93ecd9ed6119ab20004762220170100010008800100"))};
+    return messages[which];
+}
 
 void writeEvent(FrameWriter& out, const Event& e, long tick, Lcg& random) {
     static uint8_t bytes[1400];
@@ -219,6 +246,13 @@ void writeEvent(FrameWriter& out, const Event& e, long tick, Lcg& random) {
                 ipv4(192, 168, 0, 1 + r % 200), ports[r % 7], bytes, length);
         break;
     }
+    case Kind::H323: {
+        const std::vector<uint8_t>& message = h323Message(e.index % 2);
+        const uint32_t r = random.next();
+        out.tcp(e.micros, ipv4(10, 5, r >> 8 & 0xFF, r & 0xFF), 1720, ipv4(10, 6, 0, 1 + r % 250),
+                static_cast<uint16_t>(11000 + r % 20000), r, message.data(), message.size());
+        break;
+    }
     case Kind::TcpNoise: {
         const uint32_t r = random.next();
         const std::size_t length = 100 + r % 1300;
@@ -231,8 +265,12 @@ void writeEvent(FrameWriter& out, const Event& e, long tick, Lcg& random) {
 }
 
 // One tick of media and noise, in time order.
-void writeTick(FrameWriter& out, const TrafficPlan& plan, long tick, long start, Rate& sip, Rate& udpNoise,
-               Rate& tcpNoise, Lcg& random, std::vector<Event>& events) {
+struct Rates {
+    Rate sip, udpNoise, tcpNoise, h323;
+};
+
+void writeTick(FrameWriter& out, const TrafficPlan& plan, long tick, long start, Rates& rates, Lcg& random,
+               std::vector<Event>& events) {
     events.clear();
     const long base = start + tick * tickMicros;
     for (int call = 0; call < plan.calls; ++call) {
@@ -245,9 +283,10 @@ void writeTick(FrameWriter& out, const TrafficPlan& plan, long tick, long start,
             events.push_back({base + static_cast<long>(random.next() % tickMicros), kind,
                               static_cast<int>(random.next() % static_cast<uint32_t>(modulo))});
     };
-    spread(sip.next(), Kind::Sip, plan.calls);
-    spread(udpNoise.next(), Kind::UdpNoise, 1);
-    spread(tcpNoise.next(), Kind::TcpNoise, 1);
+    spread(rates.sip.next(), Kind::Sip, plan.calls);
+    spread(rates.udpNoise.next(), Kind::UdpNoise, 1);
+    spread(rates.tcpNoise.next(), Kind::TcpNoise, 1);
+    spread(rates.h323.next(), Kind::H323, 2);
     std::stable_sort(events.begin(), events.end(), [](const Event& a, const Event& b) { return a.micros < b.micros; });
     for (const Event& e : events)
         writeEvent(out, e, tick, random);
@@ -300,13 +339,16 @@ long writeCapture(const TrafficPlan& plan, const std::string& path) {
         return 0;
     writeAllSetups(out, plan);
     const double ticksPerSecond = 1e6 / tickMicros;
-    Rate sip(plan.sipPerCall * plan.calls / ticksPerSecond);
-    Rate udpNoise(plan.udpNoisePerCall * plan.calls / ticksPerSecond);
-    Rate tcpNoise(plan.tcpNoisePerCall * plan.calls / ticksPerSecond);
+    const double perCall = 2 * ticksPerSecond + plan.sipPerCall + plan.udpNoisePerCall + plan.tcpNoisePerCall;
+    const double othersPerTick = perCall * plan.calls / ticksPerSecond;
+    Rates rates{Rate(plan.sipPerCall * plan.calls / ticksPerSecond),
+                Rate(plan.udpNoisePerCall * plan.calls / ticksPerSecond),
+                Rate(plan.tcpNoisePerCall * plan.calls / ticksPerSecond),
+                Rate(othersPerTick * plan.h323Share / (1 - plan.h323Share))};
     Lcg random;
     std::vector<Event> events;
     const long ticks = static_cast<long>(plan.seconds * ticksPerSecond);
     for (long tick = 0; tick < ticks; ++tick)
-        writeTick(out, plan, tick, setupMicros(plan), sip, udpNoise, tcpNoise, random, events);
+        writeTick(out, plan, tick, setupMicros(plan), rates, random, events);
     return out.written();
 }

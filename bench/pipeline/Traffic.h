@@ -17,6 +17,9 @@ struct TrafficPlan {
     double udpNoisePerCall = 10.0;
     double tcpNoisePerCall = 5.0;
     double sipPerCall = 0.2;
+    // Share of all packets that are H.323 call signalling (TPKT, Q.931 with
+    // H.225.0) on TCP port 1720.
+    double h323Share = 0;
 };
 
 struct Destination {
