@@ -48,15 +48,7 @@ SngDissector::SngDissector() {
 }
 
 SngDissector::~SngDissector() {
-    if (conMedia) {
-        conMedia->closeConnection();
-        if (conMedia != EmbeddedConnection::dft())
-            delete conMedia;
-    }
-    if (conSig) {
-        conSig->closeConnection();
-        delete conSig;
-    }
+    releaseConnections();
     removeAllRtp();
     clearQueue();
     delete sipHelper;
@@ -72,29 +64,22 @@ void SngDissector::setTraceSignalling(bool trace) {
 
 // ---------------------------------------------------------------- queue
 
+void SngDissector::producePacket(const pcap_pkthdr& header, const u_char* packet) {
+    packetQueue.push(header, packet);
+}
+
 void SngDissector::producePacket(SniffedPacket& p) {
-    {
-        std::lock_guard<std::mutex> guard(packetQueueLock);
-        packetQueue.push_back(p);
-        ++produced;
-    }
-    packetPresent.notify_one();
+    packetQueue.push(*p.header, p.packet);
+    p.release();
 }
 
 void SngDissector::consumePacket() {
-    std::unique_lock<std::mutex> lock(packetQueueLock);
-    packetPresent.wait(lock, [this] { return !packetQueue.empty() || Sniffer::getEndMain(); });
-    if (Sniffer::getEndMain()) {
-        lock.unlock();
+    PacketQueue::Frame frame;
+    if (!packetQueue.next(frame, Sniffer::getEndMain)) {
         clearQueue();
         return;
     }
-    SniffedPacket p = packetQueue.front();
-    packetQueue.pop_front();
-    lock.unlock();
-
-    processPacket(p.args, p.header, &p.packet);
-    p.release();
+    processPacket(nullptr, frame.header, &frame.packet);
     processed.fetch_add(1, std::memory_order_release);
 
     if (sniffer && sniffer->getEmbedded())
@@ -102,11 +87,7 @@ void SngDissector::consumePacket() {
 }
 
 void SngDissector::clearQueue() {
-    std::lock_guard<std::mutex> guard(packetQueueLock);
-    const std::size_t dumped = packetQueue.size();
-    for (SniffedPacket& p : packetQueue)
-        p.release();
-    packetQueue.clear();
+    const std::size_t dumped = packetQueue.clear();
     processed.fetch_add(dumped, std::memory_order_release);
     LOG4CXX_DEBUG(logger, "Dissector packet queue cleared. " << dumped << " packets dumped.");
 }
@@ -114,15 +95,11 @@ void SngDissector::clearQueue() {
 void SngDissector::signalEnd() {
     terminate = true;
     h323Parser->displayCallIdMap();
-    // Taking the lock here orders the wake-up after the consumer's predicate
-    // check, so a consumer about to wait cannot miss the end.
-    { std::lock_guard<std::mutex> guard(packetQueueLock); }
-    packetPresent.notify_all();
+    packetQueue.wake();
 }
 
 bool SngDissector::isDrained() const {
-    std::lock_guard<std::mutex> guard(const_cast<std::mutex&>(packetQueueLock));
-    return packetQueue.empty() && processed.load(std::memory_order_acquire) == produced;
+    return processed.load(std::memory_order_acquire) == packetQueue.pushed();
 }
 
 // ---------------------------------------------------------------- classification
@@ -233,7 +210,7 @@ bool SngDissector::isRtpFilter() {
 void SngDissector::addRtp(u_int rtpIp, u_short rtpPort) {
     {
         std::lock_guard<std::mutex> guard(rtpListLock);
-        ++rtpList[RtpAddr(rtpIp, rtpPort)];
+        rtpList.add(RtpAddr(rtpIp, rtpPort));
     }
     logRtpChange("Added to list rtp (ip=0x", rtpIp, rtpPort);
 }
@@ -241,14 +218,14 @@ void SngDissector::addRtp(u_int rtpIp, u_short rtpPort) {
 void SngDissector::removeRtp(u_int rtpIp, u_short rtpPort) {
     {
         std::lock_guard<std::mutex> guard(rtpListLock);
-        rtpList.erase(RtpAddr(rtpIp, rtpPort));
+        rtpList.remove(RtpAddr(rtpIp, rtpPort));
     }
     logRtpChange("Removed from list rtp (ip=0x", rtpIp, rtpPort);
 }
 
 bool SngDissector::isInRtpList(u_int rtpIp, u_short rtpPort) {
     std::lock_guard<std::mutex> guard(rtpListLock);
-    return rtpList.count(RtpAddr(rtpIp, rtpPort)) != 0;
+    return rtpList.contains(RtpAddr(rtpIp, rtpPort));
 }
 
 // Called by the TCP link when the recorder is lost, possibly while the
@@ -369,6 +346,27 @@ void SngDissector::makeConnection(bool embedded) {
         sig->tcpConnect();
         conSig = sig;
     }
+}
+
+void SngDissector::useConnections(BaseConnection* media, BaseConnection* sig) {
+    releaseConnections();
+    conMedia = media;
+    conSig = sig;
+}
+
+// The embedded link is process-wide and outlives any dissector.
+void SngDissector::releaseConnections() {
+    if (conMedia) {
+        conMedia->closeConnection();
+        if (conMedia != EmbeddedConnection::dft())
+            delete conMedia;
+    }
+    if (conSig) {
+        conSig->closeConnection();
+        delete conSig;
+    }
+    conMedia = nullptr;
+    conSig = nullptr;
 }
 
 void SngDissector::closeConnection() {

@@ -2,49 +2,33 @@
 #define SNIFFER_SNG_DISSECTOR_H
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <mutex>
 #include <pcap.h>
 #include <pthread.h>
 #include <string>
-#include <unordered_map>
 
 #include <log4cxx/logger.h>
+
+#include "PacketQueue.h"
+#include "RtpList.h"
 
 class Sniffer;
 class SipHelper;
 class H323Parser;
 class BaseConnection;
 
-// One captured frame on its way from a capture thread to the consumer.
-// `packet` holds the frame as long as its wire length, followed by
-// `framePadding` zero bytes so that the SIP start-line test and header reads
-// of runt frames never leave the buffer.
+// A captured frame handed over by a caller that made its own copies: the
+// capture header and `packet`, as long as the header's `len`.
+// producePacket takes ownership of the buffers.
 struct SniffedPacket {
-    static constexpr int framePadding = 64;
+    static constexpr int framePadding = PacketQueue::framePadding;
 
     u_char* args = nullptr;
     pcap_pkthdr* header = nullptr;
     u_char* packet = nullptr;
 
     void release();
-};
-
-// One destination of the RTP forwarding list.
-struct RtpAddr {
-    uint32_t rtpIp;    // host order, first dotted octet most significant
-    uint16_t rtpPort;  // host order
-
-    RtpAddr(uint32_t ip, uint16_t port) : rtpIp(ip), rtpPort(port) {}
-    bool operator==(const RtpAddr& o) const { return rtpIp == o.rtpIp && rtpPort == o.rtpPort; }
-};
-
-struct RtpAddrHash {
-    std::size_t operator()(const RtpAddr& a) const {
-        return std::hash<uint64_t>()(uint64_t(a.rtpIp) << 16 | a.rtpPort);
-    }
 };
 
 // Classifies captured frames, keeps the RTP destination list, frames what is
@@ -111,6 +95,7 @@ public:
     static SngDissector* dft() { return dissector; }
 
     // Queue (capture threads produce, one consumer drains).
+    void producePacket(const pcap_pkthdr& header, const u_char* packet);
     void producePacket(SniffedPacket& p);
     void consumePacket();
     void clearQueue();
@@ -138,6 +123,10 @@ public:
 
     // Recorder link and commands.
     void makeConnection(bool embedded);
+    // Puts links of the caller's own in place of those makeConnection made
+    // (a host or a benchmark that counts what is forwarded); the dissector
+    // owns them from then on and releases the ones it replaces.
+    void useConnections(BaseConnection* media, BaseConnection* sig);
     void closeConnection();
     void startCmdReaderThread();
     static void* startCmdReaderLoop(void* arg);
@@ -162,6 +151,7 @@ public:
 
 private:
     static bool sameRecorder(const char* hostA, int portA, const char* hostB, int portB);
+    void releaseConnections();
     void logRtpChange(const char* heading, u_int rtpIp, u_short rtpPort);
     void logDroppedIp(const char* heading, const sniff_ip* ip);
 
@@ -182,15 +172,10 @@ private:
     H323Parser* h323Parser = nullptr;
     std::string cmdThreadId = "cmdReaderThread";
 
-    // Multiset of destinations: an entry's count is how often it was added,
-    // so lookups stay constant-time however many calls the recorder follows.
-    std::unordered_map<RtpAddr, unsigned, RtpAddrHash> rtpList;
+    RtpList rtpList;
     std::mutex rtpListLock;
 
-    std::deque<SniffedPacket> packetQueue;
-    std::mutex packetQueueLock;
-    std::condition_variable packetPresent;
-    uint64_t produced = 0;               // guarded by packetQueueLock
+    PacketQueue packetQueue;
     std::atomic<uint64_t> processed{0};  // packets taken and finished (or dumped)
 
     static std::atomic<SngDissector*> dissector;

@@ -328,21 +328,13 @@ void* Sniffer::startLoop(void* idp) {
     return reinterpret_cast<void*>(rc);
 }
 
-void Sniffer::gotPacket(u_char* args, const pcap_pkthdr* header, const u_char* packet) {
+void Sniffer::gotPacket(u_char* /*args*/, const pcap_pkthdr* header, const u_char* packet) {
     SngDissector* target = SngDissector::dft();
     if (getEndMain() || !target)
         return;
-    SniffedPacket p;
-    if (args)
-        p.args = reinterpret_cast<u_char*>(strdup(reinterpret_cast<const char*>(args)));
-    p.header = new pcap_pkthdr(*header);
-    // The copy is as long as the frame was on the wire; beyond the captured
-    // bytes (only past the snap length) it reads as zeros.
-    const bpf_u_int32 copied = header->caplen < header->len ? header->caplen : header->len;
-    p.packet = new u_char[header->len + SniffedPacket::framePadding];
-    std::memcpy(p.packet, packet, copied);
-    std::memset(p.packet + copied, 0, header->len - copied + SniffedPacket::framePadding);
-    target->producePacket(p);
+    // The queue copies the frame as long as it was on the wire; beyond the
+    // captured bytes (only past the snap length) it reads as zeros.
+    target->producePacket(*header, packet);
 }
 
 void Sniffer::stopSniffing() {
@@ -377,4 +369,10 @@ bool Sniffer::capturesFilesOnly() const {
 
 bool Sniffer::allFilesRead() const {
     return capturesRunning == 0 && dissector->isDrained();
+}
+
+bool Sniffer::getCaptureStats(int i, pcap_stat& stats) const {
+    if (i < 0 || i >= deviceCount || deviceDown[i] || !handle[i])
+        return false;
+    return pcap_stats(handle[i], &stats) == 0;
 }

@@ -55,6 +55,9 @@ public:
     bool capturesFilesOnly() const;
     // True once every capture has ended and every packet has been processed.
     bool allFilesRead() const;
+    // libpcap's counts for device i: frames received, and dropped for want
+    // of buffer space. False when the device is not open or cannot tell.
+    bool getCaptureStats(int i, pcap_stat& stats) const;
 
     const char* getDevice(int i) const { return device[i].c_str(); }
     int getDeviceCount() const { return deviceCount; }

@@ -1,0 +1,73 @@
+#include <map>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "RtpList.h"
+
+namespace {
+
+RtpAddr dest(uint32_t n) {
+    return RtpAddr(0x0A000000u + n / 7, static_cast<uint16_t>(10000 + 2 * (n % 7)));
+}
+
+TEST(RtpList, CountsDuplicatesAndOneRemoveDropsThemAll) {
+    RtpList list;
+    const RtpAddr a(0x0A000001, 5000);
+    list.add(a);
+    list.add(a);
+    EXPECT_EQ(list.count(a), 2u);
+    EXPECT_EQ(list.size(), 1u);
+    list.remove(a);
+    EXPECT_FALSE(list.contains(a));
+    EXPECT_EQ(list.count(a), 0u);
+    list.remove(a);  // removing what is not listed changes nothing
+    EXPECT_EQ(list.size(), 0u);
+}
+
+TEST(RtpList, AddressAndPortMustBothMatch) {
+    RtpList list;
+    list.add(RtpAddr(0x0A000001, 5000));
+    EXPECT_TRUE(list.contains(RtpAddr(0x0A000001, 5000)));
+    EXPECT_FALSE(list.contains(RtpAddr(0x0A000001, 5002)));
+    EXPECT_FALSE(list.contains(RtpAddr(0x0A000002, 5000)));
+    EXPECT_FALSE(list.contains(RtpAddr(0, 0)));
+}
+
+TEST(RtpList, RemovalsKeepEveryOtherEntryReachableAcrossGrowth) {
+    RtpList list;
+    constexpr uint32_t n = 100000;
+    for (uint32_t i = 0; i < n; ++i)
+        list.add(dest(i));
+    for (uint32_t i = 0; i < n; i += 2)
+        list.remove(dest(i));
+    EXPECT_EQ(list.size(), n / 2);
+    for (uint32_t i = 0; i < n; ++i)
+        ASSERT_EQ(list.contains(dest(i)), i % 2 == 1) << i;
+    list.clear();
+    EXPECT_EQ(list.size(), 0u);
+    EXPECT_FALSE(list.contains(dest(1)));
+}
+
+TEST(RtpList, AgreesWithACountingMapOverARandomRunOfAddsAndRemoves) {
+    RtpList list;
+    std::map<uint32_t, unsigned> model;
+    std::mt19937 random(7);
+    for (int step = 0; step < 200000; ++step) {
+        const uint32_t n = random() % 3000;  // few enough for duplicates and long probe runs
+        if (random() % 3 == 0) {
+            list.remove(dest(n));
+            model.erase(n);
+        } else {
+            list.add(dest(n));
+            ++model[n];
+        }
+    }
+    EXPECT_EQ(list.size(), model.size());
+    for (uint32_t n = 0; n < 3000; ++n) {
+        const auto it = model.find(n);
+        ASSERT_EQ(list.count(dest(n)), it == model.end() ? 0u : it->second) << n;
+    }
+}
+
+}  // namespace
