@@ -332,6 +332,10 @@ void Sniffer::gotPacket(u_char* args, const pcap_pkthdr* header, const u_char* p
     SngDissector* target = SngDissector::dft();
     if (getEndMain() || !target)
         return;
+    // Only a damaged capture file claims a longer frame; its copy would be
+    // as large as the claim.
+    if (header->len > maxWireLength)
+        return;
     SniffedPacket p;
     if (args)
         p.args = reinterpret_cast<u_char*>(strdup(reinterpret_cast<const char*>(args)));
