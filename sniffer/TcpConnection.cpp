@@ -1,5 +1,6 @@
 #include "TcpConnection.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
@@ -162,7 +163,11 @@ bool TcpConnection::receiveRequest(SnifferRequest& request) {
     const int sd = clientSd;
     if (!connected || sd == -1)
         return false;
-    const ssize_t n = recv(sd, workBuffer, workBufferSize, 0);
+    // Never more than the ring has room for: the rest waits in the socket
+    // (TCP holds the recorder back) instead of overwriting commands not yet
+    // decoded. A full ring holds a whole command, decoded below.
+    const int room = std::min(workBufferSize, ringSize - total);
+    const ssize_t n = room > 0 ? recv(sd, workBuffer, room, 0) : -1;
     if (n < 1 && total < 1) {
         if (n == 0)
             closeConnection();
