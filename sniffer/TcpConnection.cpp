@@ -51,18 +51,24 @@ void TcpConnection::tcpConnect() {
     if (clientSd == -1)
         return;
     // A repeated connect on the same non-blocking socket reports the outcome
-    // of the attempt in progress: 0 once it has completed.
-    if (connect(clientSd, reinterpret_cast<const sockaddr*>(&serverAddr), sizeof serverAddr) == 0) {
-        connected = true;
-        return;
-    }
-    const int err = errno;
-    if (err == EALREADY)
-        return;
-    if (err == EINPROGRESS)
-        LOG4CXX_DEBUG(logger, "Connecting ...");
-    else
+    // of the attempt in progress: 0 once it has completed. An attempt that
+    // failed (the recorder refused) is reported by the next call, which
+    // makes no new attempt; the second round here makes it, so that every
+    // call tries the recorder and a returning recorder is found at once.
+    for (int round = 0; round < 2; ++round) {
+        if (connect(clientSd, reinterpret_cast<const sockaddr*>(&serverAddr), sizeof serverAddr) == 0) {
+            connected = true;
+            return;
+        }
+        const int err = errno;
+        if (err == EALREADY)
+            return;
+        if (err == EINPROGRESS) {
+            LOG4CXX_DEBUG(logger, "Connecting ...");
+            return;
+        }
         LOG4CXX_DEBUG(logger, "TCP connect failed with errno=" << err);
+    }
 }
 
 void TcpConnection::forgetForwardingState() {
