@@ -324,6 +324,8 @@ void Sniffer::startSniffing() {
 void* Sniffer::startLoop(void* idp) {
     const int i = *static_cast<int*>(idp);
     const long rc = pcap_loop(handle[i], count, gotPacket, nullptr);
+    if (rc == PCAP_ERROR)
+        LOG4CXX_ERROR(logger, "Capture on device " << i << " ended: " << pcap_geterr(handle[i]));
     --capturesRunning;
     return reinterpret_cast<void*>(rc);
 }
