@@ -127,7 +127,7 @@ std::string SnifferProgram::status(const std::string& field) const {
     std::ifstream in("/proc/" + std::to_string(pid()) + "/status");
     for (std::string line; std::getline(in, line);)
         if (line.compare(0, field.size() + 1, field + ":") == 0)
-            return line.substr(field.size() + 1);
+            return line.substr(line.find_first_not_of(" \t", field.size() + 1));
     return "";
 }
 
