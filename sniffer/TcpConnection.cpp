@@ -166,14 +166,22 @@ void TcpConnection::closeLocked() {
 }
 
 bool TcpConnection::receiveRequest(SnifferRequest& request) {
-    const int sd = clientSd;
-    if (!connected || sd == -1)
+    if (!connected)
         return false;
-    // Never more than the ring has room for: the rest waits in the socket
-    // (TCP holds the recorder back) instead of overwriting commands not yet
-    // decoded. A full ring holds a whole command, decoded below.
-    const int room = std::min(workBufferSize, ringSize - total);
-    const ssize_t n = room > 0 ? recv(sd, workBuffer, room, 0) : -1;
+    ssize_t n;
+    {
+        // The sender closes the socket on a send error. Receiving under the
+        // same lock keeps the descriptor from being closed, and its number
+        // taken by the next socket, in the middle of this recv.
+        std::lock_guard<std::mutex> guard(sendLock);
+        if (!connected || clientSd == -1)
+            return false;
+        // Never more than the ring has room for: the rest waits in the socket
+        // (TCP holds the recorder back) instead of overwriting commands not
+        // yet decoded. A full ring holds a whole command, decoded below.
+        const int room = std::min(workBufferSize, ringSize - total);
+        n = room > 0 ? recv(clientSd, workBuffer, room, 0) : -1;
+    }
     if (n < 1 && total < 1) {
         if (n == 0)
             closeConnection();

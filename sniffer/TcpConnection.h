@@ -41,7 +41,7 @@ private:
 
     sockaddr_in clientAddr{};
     sockaddr_in serverAddr{};
-    // The sender and the command reader share the socket; both fields are
+    // The sender and the command reader share the socket; `connected` is
     // read without the lock by the reader, hence atomic.
     std::atomic<int> clientSd{-1};
     int serverPort;
@@ -49,7 +49,7 @@ private:
     std::atomic<bool> connected{false};
     int connectRetries = 0;
     // Serialises sends (a heartbeat reply from the command reader must not
-    // interleave with a frame of the sender) and socket tear-down.
+    // interleave with a frame of the sender), receives and socket tear-down.
     std::mutex sendLock;
 
     // Receive ring of undecoded command bytes; used by the command reader only.
