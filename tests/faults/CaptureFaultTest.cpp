@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <set>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -17,12 +18,8 @@ namespace {
 constexpr int sip = 1;
 constexpr int rtp = 2;
 
-class CaptureFault : public testing::Test {
+class CaptureFault : public PrivateNetworkTest {
 protected:
-    void SetUp() override {
-        if (!inPrivateNetwork())
-            GTEST_SKIP() << "needs root, for a network namespace of its own";
-    }
 
     std::vector<std::string> capturing(const std::string& devices, const std::string& filter = "udp port 5060") {
         return {"Device=" + devices, "Filter=" + filter, "ServerName=127.0.0.1",

@@ -61,6 +61,11 @@ bool inPrivateNetwork() {
     return privateNetwork;
 }
 
+void PrivateNetworkTest::SetUp() {
+    if (!privateNetwork)
+        GTEST_SKIP() << "needs root, for a network namespace of its own";
+}
+
 // ---------------------------------------------------------------- program
 
 SnifferProgram::SnifferProgram(const std::vector<std::string>& properties, const std::vector<std::string>& prefix) {

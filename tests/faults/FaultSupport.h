@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <functional>
+#include <gtest/gtest.h>
 #include <memory>
 #include <optional>
 #include <pcap.h>
@@ -23,6 +24,12 @@
 // and leave no interface behind. Needs root; false otherwise.
 bool enterPrivateNetwork();
 bool inPrivateNetwork();
+
+// Tests that capture and connect on loopback: skipped outside a private network.
+class PrivateNetworkTest : public testing::Test {
+protected:
+    void SetUp() override;
+};
 
 // A stand-alone program (`sniffer` from a properties file, or any command
 // given in full) whose log lines read "LEVEL message", one per line.

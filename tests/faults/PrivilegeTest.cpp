@@ -11,11 +11,12 @@
 namespace {
 constexpr int sip = 1;
 
-class Privileges : public testing::Test {
+class Privileges : public PrivateNetworkTest {
 protected:
     void SetUp() override {
-        if (!inPrivateNetwork())
-            GTEST_SKIP() << "needs root, for a network namespace of its own";
+        PrivateNetworkTest::SetUp();
+        if (IsSkipped())
+            return;
         const passwd* pw = getpwnam("nobody");
         ASSERT_NE(pw, nullptr);
         nobody = std::to_string(pw->pw_uid);
@@ -55,7 +56,7 @@ TEST_F(Privileges, AnUnknownRunAsUserIsASetupError) {
     std::vector<std::string> properties = capturing();
     properties.push_back("RunAsUser=no-such-user-here");
     SnifferProgram sniffer(properties);
-    EXPECT_EQ(sniffer.wait(10s), 1);
+    EXPECT_EQ(sniffer.wait(10s), 1) << sniffer.output();
     EXPECT_EQ(sniffer.countLines("ERROR Unknown user no-such-user-here: cannot drop privileges"), 1);
     EXPECT_EQ(sniffer.countLines("Errors in setup, terminating..."), 1);
 }

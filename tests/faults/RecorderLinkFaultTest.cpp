@@ -20,12 +20,8 @@ std::string to(uint16_t port) {
     return "127.0.0.1:" + std::to_string(port);
 }
 
-class RecorderLinkFault : public testing::Test {
+class RecorderLinkFault : public PrivateNetworkTest {
 protected:
-    void SetUp() override {
-        if (!inPrivateNetwork())
-            GTEST_SKIP() << "needs root, for a network namespace of its own";
-    }
 
     static std::vector<std::string> recorderAt(uint16_t port, const char* protocol = "TCP") {
         return {"Device=lo", "Filter=udp and (dst port 5060 or dst portrange 40000-52000)", "ServerName=127.0.0.1",
