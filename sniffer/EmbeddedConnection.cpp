@@ -8,21 +8,22 @@ log4cxx::LoggerPtr EmbeddedConnection::logger = log4cxx::Logger::getLogger("Embe
 // Dissector side: the host's monitor when one is registered, else the mutex.
 class EmbeddedConnection::Guard {
 public:
-    explicit Guard(EmbeddedConnection& c) : c(c) {
-        if (c.monitor)
-            c.monitor->enter();
+    explicit Guard(EmbeddedConnection& c) : c(c), monitor(c.monitor) {
+        if (monitor)
+            monitor->enter();
         else
             c.queueLock.lock();
     }
     ~Guard() {
-        if (c.monitor)
-            c.monitor->exit();
+        if (monitor)
+            monitor->exit();
         else
             c.queueLock.unlock();
     }
 
 private:
     EmbeddedConnection& c;
+    Monitor* const monitor;  // the one entered is the one left
 };
 
 EmbeddedConnection* EmbeddedConnection::dft() {

@@ -1,6 +1,7 @@
 #ifndef SNIFFER_EMBEDDED_CONNECTION_H
 #define SNIFFER_EMBEDDED_CONNECTION_H
 
+#include <atomic>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -51,7 +52,9 @@ private:
 
     std::deque<SnifferRequest> requestQueue;
     std::deque<SnifferPacket> packetQueue;
-    Monitor* monitor = nullptr;
+    // Set and cleared by the host's main-loop thread while other host
+    // threads may be polling.
+    std::atomic<Monitor*> monitor{nullptr};
     std::mutex queueLock;
 
     static EmbeddedConnection* theConnection;

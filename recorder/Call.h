@@ -1,0 +1,96 @@
+#pragma once
+
+#include "CallAudio.h"
+#include "Clock.h"
+#include "Endpoint.h"
+#include "Json.h"
+#include "PcapWriter.h"
+#include "Rtp.h"
+#include "Sdp.h"
+#include "Wire.h"
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace recorder {
+
+enum class Signalling { Sip, H323 };
+enum class Party { Unknown, Caller, Callee };
+
+// A media address announced for a call, and the party that receives RTP there.
+struct MediaAddress {
+    Endpoint address;
+    Party owner = Party::Unknown;
+    std::vector<Codec> codecs;
+};
+
+struct CallInfo {
+    Signalling signalling = Signalling::Sip;
+    std::string callId;         // SIP Call-ID, or the H.323 call identifier once known
+    std::string callReference;  // H.323 only
+    std::string caller, callee;
+    TimePoint start, end;
+    std::string endReason;  // empty while the call goes on
+};
+
+// Everything recorded of one call: what its signalling said, its packets in call.pcap, per-stream
+// counts and its audio.
+class Call {
+public:
+    // Starts call.pcap in `folder`.
+    Call(CallInfo info, std::filesystem::path folder);
+
+    CallInfo& info() { return info_; }
+    const CallInfo& info() const { return info_; }
+    const std::filesystem::path& folder() const { return folder_; }
+    TimePoint lastActivity() const { return lastActivity_; }
+    bool ended() const { return !info_.endReason.empty(); }
+    std::string name() const;  // for log lines
+    void end(std::string reason, TimePoint when);
+
+    const std::vector<MediaAddress>& media() const { return media_; }
+    // `owner` now receives at `addresses` only; returns the addresses it gave up.
+    std::vector<Endpoint> replaceMedia(Party owner, std::vector<MediaAddress> addresses);
+    // Adds an address unless the call has it already.
+    void addMedia(MediaAddress address);
+
+    void recordSip(const Frame& frame);
+    void recordH323(const Frame& frame);
+    void recordRtp(const Frame& frame);
+
+    const CallAudio& audio() const { return audio_; }
+    // Closes call.pcap; the call records nothing more.
+    void close();
+    Json toJson(bool wavWritten) const;
+
+private:
+    struct Stream {
+        Endpoint destination, source;
+        Party speaker = Party::Unknown;
+        int channel = 0;
+        int payloadType = -1;
+        uint64_t packets = 0, bytes = 0;
+        std::map<uint32_t, SequenceCounter> sequences;  // by SSRC
+    };
+
+    Stream& streamTo(const Frame& frame);
+    Party ownerOf(const Endpoint& address) const;
+    std::string codecName(const Stream& stream) const;
+    Json streamJson(const Stream& stream) const;
+
+    CallInfo info_;
+    std::filesystem::path folder_;
+    TimePoint lastActivity_;
+    PcapWriter pcap_;
+    uint64_t signallingPackets_ = 0;
+    std::vector<std::string> descriptions_;  // H.323 texts as received
+    std::vector<MediaAddress> media_;
+    std::vector<Stream> streams_;
+    CallAudio audio_;
+};
+
+const char* partyName(Party party);
+
+}  // namespace recorder

@@ -1,0 +1,75 @@
+#include "CallArchive.h"
+
+#include "Log.h"
+
+#include <cctype>
+#include <ctime>
+#include <fstream>
+
+namespace recorder {
+namespace {
+
+constexpr size_t kMaxIdLength = 40;
+
+// Call-IDs may hold '/', '@' and anything else; folder names keep the safe characters only.
+std::string folderSafe(std::string_view id)
+{
+    std::string safe;
+    for (const char c : id.substr(0, kMaxIdLength))
+        safe += std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '-' ? c : '_';
+    return safe;
+}
+
+std::string compactTime(TimePoint time)
+{
+    const std::time_t whole = Clock::to_time_t(time);
+    std::tm utc{};
+    gmtime_r(&whole, &utc);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y%m%d-%H%M%S", &utc);
+    return text;
+}
+
+bool writeText(const std::filesystem::path& path, const std::string& text, std::ios::openmode mode)
+{
+    std::ofstream out(path, mode);
+    out << text;
+    out.close();
+    if (!out)
+        log::error() << "Cannot write " << path.string();
+    return static_cast<bool>(out);
+}
+
+}  // namespace
+
+bool CallArchive::prepare()
+{
+    std::error_code error;
+    std::filesystem::create_directories(root_, error);
+    if (error)
+        log::error() << "Cannot create the output folder " << root_.string() << ": " << error.message();
+    return !error;
+}
+
+std::filesystem::path CallArchive::newFolder(TimePoint start, std::string_view callId)
+{
+    const std::string base = compactTime(start) + '_' + folderSafe(callId);
+    std::filesystem::path folder = root_ / base;
+    std::error_code error;
+    for (int n = 2; !std::filesystem::create_directory(folder, error) && !error; ++n)
+        folder = root_ / (base + '-' + std::to_string(n));
+    if (error)
+        log::error() << "Cannot create " << folder.string() << ": " << error.message();
+    return folder;
+}
+
+void CallArchive::store(Call& call)
+{
+    call.close();
+    const bool wav = !call.audio().empty() && call.audio().writeWav(call.folder() / "call.wav");
+    const Json json = call.toJson(wav);
+    writeText(call.folder() / "call.json", json.dump(2) + '\n', std::ios::trunc);
+    writeText(root_ / "calls.jsonl", json.dump() + '\n', std::ios::app);
+}
+
+}  // namespace recorder

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "Call.h"
+#include "CallArchive.h"
+#include "H323Description.h"
+#include "SipMessage.h"
+#include "Wire.h"
+
+#include <map>
+#include <memory>
+#include <string>
+
+namespace recorder {
+
+// Follows calls through the signalling the sniffer forwards, tells the sniffer which RTP to
+// forward, hands each packet to its call, and archives each call once it is over.
+//
+// A call that ended (BYE, CANCEL, rejection, release) stops its media at once but stays open
+// for `linger` to take the messages that close the exchange (the 200 to BYE, the ACK of a 487).
+class CallTracker {
+public:
+    CallTracker(CommandSink& sniffer, CallArchive& archive, Milliseconds idle, Milliseconds linger);
+
+    void onFrame(const Frame& frame);
+    // Ends calls idle for too long and archives those whose linger is over.
+    void tick(TimePoint now);
+    // A sniffer that (re)connects forwards no RTP yet: tell it every address again.
+    void resendRoutes();
+    void finishAll(TimePoint now);
+
+private:
+    struct Tracked {
+        std::unique_ptr<Call> call;
+        std::string callerTag;  // SIP: the From tag of the first INVITE
+        bool answered = false;  // SIP: a 2xx to INVITE was seen
+        uint32_t callerIp = 0;  // H.323: the Setup's source and destination
+        uint32_t calleeIp = 0;
+    };
+    using Calls = std::map<std::string, Tracked>;
+
+    // Where RTP to an address goes, and whether the sniffer was asked to forward it.
+    struct Route {
+        Call* call = nullptr;
+        bool forwarded = false;
+    };
+
+    void onSip(const Frame& frame);
+    void followSip(Tracked& tracked, const SipMessage& message, TimePoint arrival);
+    void onH323(const Frame& frame);
+    void followH323(Tracked& tracked, const H323Description& description, TimePoint arrival);
+    void onRtp(const Frame& frame);
+
+    Calls::iterator open(std::string key, CallInfo info, std::string_view folderId);
+    void route(const Endpoint& address, Call& call);
+    void unroute(const Endpoint& address, const Call& call);
+    void end(Call& call, std::string reason, TimePoint when);
+    Calls::iterator finish(Calls::iterator found);
+
+    CommandSink& sniffer_;
+    CallArchive& archive_;
+    Milliseconds idle_;
+    Milliseconds linger_;
+    Calls calls_;
+    std::map<Endpoint, Route> routes_;
+};
+
+}  // namespace recorder

@@ -1,0 +1,27 @@
+#include "G711.h"
+
+namespace recorder {
+
+// μ-law: the code word is sent inverted; 3 exponent bits and 4 mantissa bits encode a magnitude
+// with a bias of 33 (132 after the 2-bit shift to 16-bit scale) that is taken off again.
+int16_t ulawToLinear(uint8_t code)
+{
+    code = static_cast<uint8_t>(~code);
+    const int exponent = (code >> 4) & 0x07;
+    const int magnitude = ((((code & 0x0f) << 3) + 0x84) << exponent) - 0x84;
+    return static_cast<int16_t>((code & 0x80) ? -magnitude : magnitude);
+}
+
+// A-law: even bits are sent inverted; segment 0 is linear, each further segment doubles the
+// step. The magnitude is the middle of the quantisation interval.
+int16_t alawToLinear(uint8_t code)
+{
+    code ^= 0x55;
+    const int segment = (code >> 4) & 0x07;
+    int magnitude = ((code & 0x0f) << 4) + 8;
+    if (segment > 0)
+        magnitude = (magnitude + 0x100) << (segment - 1);
+    return static_cast<int16_t>((code & 0x80) ? magnitude : -magnitude);
+}
+
+}  // namespace recorder

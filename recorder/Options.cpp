@@ -1,0 +1,106 @@
+#include "Options.h"
+
+#include <getopt.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <sstream>
+
+namespace recorder {
+namespace {
+
+bool parseSeconds(const char* text, Milliseconds& value)
+{
+    char* end = nullptr;
+    const double seconds = std::strtod(text, &end);
+    if (end == text || *end != '\0' || !(seconds > 0) || seconds > 86400)
+        return false;
+    value = Milliseconds(std::llround(seconds * 1000));
+    return value.count() > 0;
+}
+
+bool parsePort(const char* text, uint16_t& port)
+{
+    char* end = nullptr;
+    const long value = std::strtol(text, &end, 10);
+    if (end == text || *end != '\0' || value < 0 || value > 65535)
+        return false;
+    port = static_cast<uint16_t>(value);
+    return true;
+}
+
+}  // namespace
+
+std::string usage(const std::string& program)
+{
+    const Options defaults;
+    std::ostringstream text;
+    text << "Usage: " << program << " [options]\n"
+         << "Records the calls a sniffer forwards: listens for it on TCP and UDP, asks it for the RTP of\n"
+         << "every SIP and H.323 call it reports, and writes each call to a folder of its own.\n\n"
+         << "  -a, --address ADDR      IPv4 address to listen on (default " << defaults.address << ")\n"
+         << "  -p, --port PORT         TCP and UDP port to listen on, 0 for any free one (default "
+         << defaults.port << ")\n"
+         << "  -o, --output DIR        folder for the call folders and calls.jsonl (default "
+         << defaults.output.string() << ")\n"
+         << "  -i, --idle SECONDS      end a call after this long without a packet (default "
+         << defaults.idle.count() / 1000.0 << ")\n"
+         << "  -b, --heartbeat SECONDS probe the sniffer this often; a later reply is logged as late (default "
+         << defaults.heartbeat.count() / 1000.0 << ")\n"
+         << "  -l, --linger SECONDS    keep an ended call open this long for its last messages (default "
+         << defaults.linger.count() / 1000.0 << ")\n"
+         << "  -v, --verbose           also log each command sent and each RTP packet that belongs to no call\n"
+         << "  -h, --help              print this help and exit\n\n"
+         << "Each call goes to DIR/<start>_<call id>/: call.pcap (its SIP and RTP), call.json (parties,\n"
+         << "times, media, per-stream counts) and call.wav (G.711 audio, one channel per direction).\n"
+         << "SIGINT or SIGTERM finishes the open calls and exits.\n";
+    return text.str();
+}
+
+OptionsResult parseOptions(int argc, char* argv[], Options& options, std::string& problem)
+{
+    static const option longOptions[] = {
+        {"address", required_argument, nullptr, 'a'}, {"port", required_argument, nullptr, 'p'},
+        {"output", required_argument, nullptr, 'o'},  {"idle", required_argument, nullptr, 'i'},
+        {"heartbeat", required_argument, nullptr, 'b'}, {"linger", required_argument, nullptr, 'l'},
+        {"verbose", no_argument, nullptr, 'v'},       {"help", no_argument, nullptr, 'h'},
+        {nullptr, 0, nullptr, 0},
+    };
+    optind = 1;
+    opterr = 0;
+    int option;
+    while ((option = getopt_long(argc, argv, "a:p:o:i:b:l:vh", longOptions, nullptr)) != -1) {
+        switch (option) {
+        case 'a': options.address = optarg; break;
+        case 'p':
+            if (!parsePort(optarg, options.port)) {
+                problem = std::string("invalid port: ") + optarg;
+                return OptionsResult::Invalid;
+            }
+            break;
+        case 'o': options.output = optarg; break;
+        case 'i':
+        case 'b':
+        case 'l': {
+            Milliseconds& value = option == 'i' ? options.idle : option == 'b' ? options.heartbeat : options.linger;
+            if (!parseSeconds(optarg, value)) {
+                problem = std::string("invalid number of seconds: ") + optarg;
+                return OptionsResult::Invalid;
+            }
+            break;
+        }
+        case 'v': options.verbose = true; break;
+        case 'h': return OptionsResult::Help;
+        default:
+            problem = std::string("unknown or incomplete option: ") + argv[optind - 1];
+            return OptionsResult::Invalid;
+        }
+    }
+    if (optind < argc) {
+        problem = std::string("unexpected argument: ") + argv[optind];
+        return OptionsResult::Invalid;
+    }
+    return OptionsResult::Run;
+}
+
+}  // namespace recorder

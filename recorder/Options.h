@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Clock.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace recorder {
+
+struct Options {
+    std::string address = "127.0.0.1";
+    uint16_t port = 6000;
+    std::filesystem::path output = "recordings";
+    Milliseconds idle{60000};
+    Milliseconds heartbeat{5000};
+    Milliseconds linger{2000};
+    bool verbose = false;
+};
+
+enum class OptionsResult { Run, Help, Invalid };
+
+// On Invalid, `problem` says what is wrong.
+OptionsResult parseOptions(int argc, char* argv[], Options& options, std::string& problem);
+std::string usage(const std::string& program);
+
+}  // namespace recorder

@@ -1,0 +1,128 @@
+#include "PcapWriter.h"
+
+#include "Log.h"
+
+#include <arpa/inet.h>
+
+#include <algorithm>
+
+namespace recorder {
+namespace {
+
+// File and record headers in the writer's byte order; readers tell it by the magic number.
+struct pcap_file_header {
+    uint32_t magic;
+    uint16_t version_major;
+    uint16_t version_minor;
+    int32_t thiszone;
+    uint32_t sigfigs;
+    uint32_t snaplen;
+    uint32_t linktype;
+};
+
+struct pcap_record_header {
+    uint32_t ts_sec;
+    uint32_t ts_usec;
+    uint32_t incl_len;
+    uint32_t orig_len;
+};
+
+struct ether_header {
+    uint8_t ether_dhost[6];
+    uint8_t ether_shost[6];
+    uint16_t ether_type;
+} __attribute__((packed));
+
+struct ip_header {
+    uint8_t ip_vhl;
+    uint8_t ip_tos;
+    uint16_t ip_len;
+    uint16_t ip_id;
+    uint16_t ip_off;
+    uint8_t ip_ttl;
+    uint8_t ip_p;
+    uint16_t ip_sum;
+    uint32_t ip_src;
+    uint32_t ip_dst;
+} __attribute__((packed));
+
+struct udp_header {
+    uint16_t uh_sport;
+    uint16_t uh_dport;
+    uint16_t uh_ulen;
+    uint16_t uh_sum;
+} __attribute__((packed));
+
+struct udp_frame {
+    ether_header ether;
+    ip_header ip;
+    udp_header udp;
+} __attribute__((packed));
+
+constexpr uint32_t kPcapMagic = 0xa1b2c3d4;
+constexpr uint32_t kLinktypeEthernet = 1;
+constexpr uint32_t kSnapLength = 65535;
+constexpr size_t kMaxUdpPayload = 65535 - sizeof(ip_header) - sizeof(udp_header);
+
+uint16_t ipChecksum(const ip_header& header)
+{
+    const auto* words = reinterpret_cast<const uint8_t*>(&header);
+    uint32_t sum = 0;
+    for (size_t i = 0; i < sizeof header; i += 2)
+        sum += (words[i] << 8) | words[i + 1];
+    while (sum >> 16)
+        sum = (sum & 0xffff) + (sum >> 16);
+    return htons(static_cast<uint16_t>(~sum));
+}
+
+}  // namespace
+
+bool PcapWriter::open(const std::filesystem::path& path)
+{
+    file_.reset(std::fopen(path.c_str(), "wb"));
+    const pcap_file_header header{kPcapMagic, 2, 4, 0, 0, kSnapLength, kLinktypeEthernet};
+    if (!file_ || std::fwrite(&header, sizeof header, 1, file_.get()) != 1) {
+        log::error() << "Cannot write " << path.string();
+        file_.reset();
+        return false;
+    }
+    return true;
+}
+
+void PcapWriter::write(TimePoint arrival, const Endpoint& source, const Endpoint& destination,
+                       std::string_view payload)
+{
+    if (!file_)
+        return;
+    payload = payload.substr(0, kMaxUdpPayload);
+
+    udp_frame frame{};
+    // Locally administered addresses: the real ones never reach the recorder.
+    frame.ether = {{0x02, 0, 0, 0, 0, 0x02}, {0x02, 0, 0, 0, 0, 0x01}, htons(0x0800)};
+    frame.ip.ip_vhl = 0x45;
+    frame.ip.ip_len = htons(static_cast<uint16_t>(sizeof(ip_header) + sizeof(udp_header) + payload.size()));
+    frame.ip.ip_id = htons(ipId_++);
+    frame.ip.ip_ttl = 64;
+    frame.ip.ip_p = IPPROTO_UDP;
+    frame.ip.ip_src = htonl(source.ip);
+    frame.ip.ip_dst = htonl(destination.ip);
+    frame.ip.ip_sum = ipChecksum(frame.ip);
+    frame.udp = {htons(source.port), htons(destination.port),
+                 htons(static_cast<uint16_t>(sizeof(udp_header) + payload.size())), 0};  // 0: no checksum
+
+    const auto since = arrival.time_since_epoch();
+    const auto micros = std::chrono::duration_cast<std::chrono::microseconds>(since).count();
+    const auto length = static_cast<uint32_t>(sizeof frame + payload.size());
+    const pcap_record_header record{static_cast<uint32_t>(micros / 1000000), static_cast<uint32_t>(micros % 1000000),
+                                    length, length};
+    std::fwrite(&record, sizeof record, 1, file_.get());
+    std::fwrite(&frame, sizeof frame, 1, file_.get());
+    std::fwrite(payload.data(), 1, payload.size(), file_.get());
+}
+
+void PcapWriter::close()
+{
+    file_.reset();
+}
+
+}  // namespace recorder

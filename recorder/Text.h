@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+namespace recorder {
+
+std::string_view trim(std::string_view text);
+bool equalsNoCase(std::string_view a, std::string_view b);
+bool startsWith(std::string_view text, std::string_view prefix);
+bool startsWithNoCase(std::string_view text, std::string_view prefix);
+
+// Lines ended by "\n" or "\r\n", without their ends. A last line without an end counts.
+std::vector<std::string_view> splitLines(std::string_view text);
+
+// Leading decimal digits of `text` as a number, or -1 when there are none.
+long leadingNumber(std::string_view text);
+
+}  // namespace recorder

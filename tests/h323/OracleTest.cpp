@@ -1,0 +1,36 @@
+// Messages built with the encoder, read back by the toolkit and by tshark:
+// every compared field must agree.
+
+#include <gtest/gtest.h>
+
+#include "Bytes.h"
+#include "Messages.h"
+#include "Tshark.h"
+#include "h323/H225.h"
+
+namespace h323::test {
+namespace {
+
+TEST(SignallingOracle, EveryBuiltMessageReadsTheSameInTheToolkitAndInTshark) {
+    if (!haveTshark()) GTEST_SKIP() << "tshark and text2pcap are needed for the oracle";
+    std::vector<Message> messages = signallingMessages();
+    std::vector<std::vector<uint8_t>> payloads;
+    for (const Message& m : messages) payloads.push_back(tpkt(m.bytes));
+    auto rows = tsharkFields(writeCapture(payloads, "q931.tpkt"), kSignallingFields);
+    ASSERT_EQ(rows.size(), messages.size());
+
+    Q931 q931;
+    per::Decoder decoder;
+    for (size_t i = 0; i < messages.size(); ++i) {
+        SCOPED_TRACE(messages[i].name);
+        ASSERT_TRUE(q931.decode(view(messages[i].bytes)));
+        ASSERT_TRUE(q931.has(Q931::UserUser));
+        per::Value info = decoder.decode(h225::H323_UserInformation, q931.element(Q931::UserUser));
+        ASSERT_TRUE(info) << hex(messages[i].bytes);
+        std::vector<std::string> ours = signallingFields(q931, info);
+        for (size_t f = 0; f < kSignallingFields.size(); ++f) EXPECT_EQ(ours[f], rows[i][f]) << kSignallingFields[f];
+    }
+}
+
+}  // namespace
+}  // namespace h323::test

@@ -1,0 +1,139 @@
+// The recorder's parsers and decoders on their own, where a fault would hide behind the
+// end-to-end tests.
+#include "CallAudio.h"
+#include "G711.h"
+#include "H323Description.h"
+#include "Rtp.h"
+#include "Sdp.h"
+#include "SipMessage.h"
+#include "Wire.h"
+
+#include <gtest/gtest.h>
+
+namespace recorder {
+namespace {
+
+TEST(RecorderG711, DecodesTheCodeWordsAtTheEndsAndTheMiddle)
+{
+    EXPECT_EQ(ulawToLinear(0xff), 0);
+    EXPECT_EQ(ulawToLinear(0x7f), 0);
+    EXPECT_EQ(ulawToLinear(0x80), 32124);
+    EXPECT_EQ(ulawToLinear(0x00), -32124);
+    EXPECT_EQ(ulawToLinear(0xfe), 8);
+    EXPECT_EQ(ulawToLinear(0xef), 132);
+    EXPECT_EQ(alawToLinear(0xd5), 8);
+    EXPECT_EQ(alawToLinear(0x55), -8);
+    EXPECT_EQ(alawToLinear(0xaa), 32256);
+    EXPECT_EQ(alawToLinear(0x2a), -32256);
+    EXPECT_EQ(alawToLinear(0xc5), 264);
+}
+
+TEST(RecorderAudio, TimestampsPlaceTheAudioWhateverTheArrivalButAJumpIsNotSilence)
+{
+    CallAudio audio;
+    const std::string payload(160, '\xd5');
+    const TimePoint start{};
+    // Twenty seconds of RTP time in steps of 5 s, arriving within milliseconds as a fast replay
+    // delivers them.
+    for (uint16_t i = 0; i <= 4; ++i)
+        audio.add(0, start + std::chrono::milliseconds(i), RtpPacket{kPcma, i, 40000u * i - (i ? 160 : 0), 7, payload});
+    EXPECT_DOUBLE_EQ(audio.duration(), 20.0);
+    // A timestamp an hour on resumes where the packet arrived instead of after an hour of silence.
+    audio.add(0, start + std::chrono::milliseconds(500), RtpPacket{kPcma, 5, 160000 + 8000 * 3600, 7, payload});
+    EXPECT_DOUBLE_EQ(audio.duration(), 20.0);
+}
+
+TEST(RecorderSdp, MediaLevelConnectionOverridesTheSessionsAndUnusableMediaIsLeftOut)
+{
+    const std::string sdp =
+        "v=0\r\no=- 1 1 IN IP4 10.0.0.1\r\ns=-\r\nc=IN IP4 10.0.0.1\r\nt=0 0\r\n"
+        "m=audio 4000 RTP/AVP 8 101\r\na=rtpmap:101 telephone-event/8000\r\n"
+        "m=video 4002 RTP/AVP 96\r\n"
+        "m=audio 4004 RTP/AVP 0\r\nc=IN IP4 10.0.0.9\r\n"
+        "m=audio 0 RTP/AVP 0\r\n"
+        "m=audio 4006 RTP/AVP 0\r\nc=IN IP4 0.0.0.0\r\n";
+    const std::vector<SdpMedia> media = parseSdpAudio(sdp);
+    ASSERT_EQ(media.size(), 2u);
+    EXPECT_EQ(toString(media[0].address), "10.0.0.1:4000");
+    ASSERT_EQ(media[0].codecs.size(), 2u);
+    EXPECT_EQ(media[0].codecs[0].name, "PCMA/8000");
+    EXPECT_EQ(media[0].codecs[1].name, "telephone-event/8000");
+    EXPECT_EQ(toString(media[1].address), "10.0.0.9:4004");
+}
+
+TEST(RecorderSip, ReadsCompactHeadersTagsAndTheSdpBody)
+{
+    const std::string text = "SIP/2.0 183 Session Progress\r\n"
+                             "i: abc@host\r\n"
+                             "f: Alice <sip:alice@a.example>;tag=1234\r\n"
+                             "t: sip:bob@b.example;TAG=99\r\n"
+                             "CSeq: 5 INVITE\r\n"
+                             "c: application/sdp\r\n"
+                             "l: 4\r\n\r\n"
+                             "v=0\r\ntrailing";
+    const auto message = parseSip(text);
+    ASSERT_TRUE(message);
+    EXPECT_FALSE(message->isRequest);
+    EXPECT_EQ(message->status, 183);
+    EXPECT_EQ(message->callId, "abc@host");
+    EXPECT_EQ(message->from, "sip:alice@a.example");
+    EXPECT_EQ(message->fromTag, "1234");
+    EXPECT_EQ(message->to, "sip:bob@b.example");
+    EXPECT_EQ(message->toTag, "99");
+    EXPECT_EQ(message->cseqMethod, "INVITE");
+    EXPECT_EQ(message->sdp, "v=0\r");
+    EXPECT_FALSE(parseSip("HTTP/1.1 200 OK\r\n\r\n"));
+}
+
+TEST(RecorderH323, SplitsMediaTextsOnTheirPrefixes)
+{
+    const H323Description description = parseH323Description(
+        std::string("t:2\nr:7\nm:1:fcodec:g711Ulaw64k 20,rtp:10.0.0.5 49170rcodec:g7231 0,rtp:10.0.0.6 49172\n"
+                    "a:3:rtp:10.0.0.7 1000rtp:10.0.0.8 2000\nm:4:rtp:10.0.0.9 3000") +
+        '\0');
+    EXPECT_EQ(description.type, 2);
+    EXPECT_EQ(description.callReference, "7");
+    ASSERT_EQ(description.media.size(), 5u);
+    const char* expected[][2] = {{"10.0.0.5:49170", "g711Ulaw64k 20"},
+                                 {"10.0.0.6:49172", "g7231 0"},
+                                 {"10.0.0.7:1000", ""},
+                                 {"10.0.0.8:2000", ""},
+                                 {"10.0.0.9:3000", ""}};
+    for (size_t i = 0; i < description.media.size(); ++i) {
+        EXPECT_EQ(toString(description.media[i].address), expected[i][0]);
+        EXPECT_EQ(description.media[i].codec, expected[i][1]);
+    }
+}
+
+TEST(RecorderSequence, CountsAcrossTheWrapAndLatePacketsBeforeTheFirst)
+{
+    SequenceCounter counter;
+    for (const uint16_t sequence : {65533, 65535, 0, 2, 1, 65532})
+        counter.add(sequence);
+    EXPECT_EQ(counter.lost(), 1u);  // 65534
+    EXPECT_EQ(counter.outOfOrder(), 2u);
+}
+
+TEST(RecorderFrames, StreamCutsFramesAtTheirLengthWhateverTheSegments)
+{
+    const uint8_t bytes[] = {0x00, 0x11, 0x02, 10, 0, 0, 2, 0x13, 0x88, 10, 0, 0, 1, 0x0f, 0xa0, 'a', 'b',
+                             0x00, 0x0f, 0x03, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x00, 0x05};
+    FrameStream stream;
+    Frame frame;
+    stream.append(bytes, 10, {});
+    EXPECT_EQ(stream.next(frame), FrameStatus::Incomplete);
+    stream.append(bytes + 10, sizeof bytes - 10, {});
+    ASSERT_EQ(stream.next(frame), FrameStatus::Complete);
+    EXPECT_EQ(frame.protocol, Protocol::Rtp);
+    EXPECT_EQ(toString(frame.destination), "10.0.0.2:5000");
+    EXPECT_EQ(toString(frame.source), "10.0.0.1:4000");
+    EXPECT_EQ(frame.payload, "ab");
+    ASSERT_EQ(stream.next(frame), FrameStatus::Complete);
+    EXPECT_EQ(frame.protocol, Protocol::HeartbeatReply);
+    EXPECT_EQ(frame.payload, "");
+    EXPECT_EQ(stream.next(frame), FrameStatus::Malformed);
+    EXPECT_EQ(stream.problem(), "length 5 is under the 15-byte header");
+}
+
+}  // namespace
+}  // namespace recorder
