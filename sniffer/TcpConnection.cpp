@@ -58,6 +58,7 @@ void TcpConnection::tcpConnect() {
     for (int round = 0; round < 2; ++round) {
         if (connect(clientSd, reinterpret_cast<const sockaddr*>(&serverAddr), sizeof serverAddr) == 0) {
             connected = true;
+            ++linkCount;
             return;
         }
         const int err = errno;
@@ -176,6 +177,13 @@ bool TcpConnection::receiveRequest(SnifferRequest& request) {
         std::lock_guard<std::mutex> guard(sendLock);
         if (!connected || clientSd == -1)
             return false;
+        // Part of a command from a link that is gone would put this link's
+        // commands out of step: the sender may have closed it on a send
+        // error before this reader saw its end.
+        if (ringLink != linkCount) {
+            discardRing();
+            ringLink = linkCount;
+        }
         // Never more than the ring has room for: the rest waits in the socket
         // (TCP holds the recorder back) instead of overwriting commands not
         // yet decoded. A full ring holds a whole command, decoded below.
@@ -191,8 +199,7 @@ bool TcpConnection::receiveRequest(SnifferRequest& request) {
         // The recorder closed mid-command: the rest can never arrive, and
         // reporting the partial record as pending would keep the reader
         // repeating the previous command for ever.
-        total = 0;
-        requestStart = offset;
+        discardRing();
         closeConnection();
         return false;
     }
@@ -223,6 +230,11 @@ void TcpConnection::appendToRing(int n) {
         std::memcpy(buffer, workBuffer + room, n - room);
         newOffset = n - room;
     }
+}
+
+void TcpConnection::discardRing() {
+    total = 0;
+    requestStart = offset;
 }
 
 void TcpConnection::decodeRequest(SnifferRequest& request) {

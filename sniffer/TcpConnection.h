@@ -37,6 +37,7 @@ private:
     void closeLocked();
     void forgetForwardingState();
     void appendToRing(int n);
+    void discardRing();
     void decodeRequest(SnifferRequest& request);
 
     sockaddr_in clientAddr{};
@@ -48,6 +49,8 @@ private:
     const char* serverHost;
     std::atomic<bool> connected{false};
     int connectRetries = 0;
+    // Links established so far; guarded by sendLock.
+    unsigned linkCount = 0;
     // Serialises sends (a heartbeat reply from the command reader must not
     // interleave with a frame of the sender), receives and socket tear-down.
     std::mutex sendLock;
@@ -59,6 +62,7 @@ private:
     int newOffset = 0;
     int requestStart = 0;
     int total = 0;
+    unsigned ringLink = 0;  // the link the ring's bytes came from
 
     static log4cxx::LoggerPtr logger;
 };
