@@ -18,12 +18,6 @@
 namespace {
 bool privateNetwork = false;
 
-void writeFile(const std::string& path, const std::vector<std::string>& lines) {
-    std::ofstream out(path);
-    for (const std::string& line : lines)
-        out << line << "\n";
-}
-
 // The program under test must not inherit the test's sockets: a recorder's
 // listening socket held open by the sniffer would accept its reconnections.
 void closeOnExecAll() {
@@ -48,7 +42,7 @@ sockaddr_in loopback(uint16_t port) {
 bool enterPrivateNetwork() {
     if (!runningAsRoot() || unshare(CLONE_NEWNET) != 0)
         return false;
-    privateNetwork = ChildProcess::run({"ip", "link", "set", "lo", "up"}, 10s) == 0;
+    privateNetwork = runsCleanly({onPath("ip"), "link", "set", "lo", "up"}, 10s);
     // Resident size of a sanitized child should follow its live memory, not
     // the quarantine of freed blocks.
     const char* asan = std::getenv("ASAN_OPTIONS");
@@ -69,31 +63,29 @@ void PrivateNetworkTest::SetUp() {
 // ---------------------------------------------------------------- program
 
 SnifferProgram::SnifferProgram(const std::vector<std::string>& properties, const std::vector<std::string>& prefix) {
-    char name[] = "/tmp/sniffer-fault-XXXXXX";
-    folder = mkdtemp(name);
-    chmod(folder.c_str(), 0755);  // readable by a program that runs as another user
-    std::vector<std::string> lines = properties;
-    lines.push_back("LogLevel=INFO");  // the first line of a key wins: a test's own level stays
-    writeFile(folder + "/sniffer.properties", lines);
-    writeFile(folder + "/log4cxx.properties",
-              {"log4j.rootLogger=INFO, out", "log4j.appender.out=org.apache.log4j.ConsoleAppender",
-               "log4j.appender.out.layout=org.apache.log4j.PatternLayout",
-               "log4j.appender.out.layout.ConversionPattern=%p %m%n"});
+    chmod(folder.path().c_str(), 0755);  // readable by a program that runs as another user
+    std::string lines;
+    for (const std::string& line : properties)
+        lines += line + "\n";
+    folder.write("sniffer.properties", lines + "LogLevel=INFO\n");  // the first line of a key wins
+    folder.write("log4cxx.properties",
+                 "log4j.rootLogger=INFO, out\n"
+                 "log4j.appender.out=org.apache.log4j.ConsoleAppender\n"
+                 "log4j.appender.out.layout=org.apache.log4j.PatternLayout\n"
+                 "log4j.appender.out.layout.ConversionPattern=%p %m%n\n");
     std::vector<std::string> argv = prefix;
-    argv.insert(argv.end(), {SNIFFER_PROGRAM, "-c", folder + "/sniffer.properties", "-l",
-                             folder + "/log4cxx.properties"});
+    argv.insert(argv.end(), {SNIFFER_PROGRAM, "-c", folder.file("sniffer.properties"), "-l",
+                             folder.file("log4cxx.properties")});
     closeOnExecAll();
-    process = std::make_unique<ChildProcess>(argv);
+    process = std::make_unique<ChildProcess>(argv, outputPath());
 }
 
 SnifferProgram::~SnifferProgram() {
-    stop(5s);
     process.reset();
-    ChildProcess::run({"rm", "-rf", folder}, 10s);
 }
 
 bool SnifferProgram::waitForLog(const std::string& text, std::chrono::milliseconds timeout) const {
-    return process->waitForOutput(text, timeout);
+    return waitForText(outputPath(), text, timeout);
 }
 
 int SnifferProgram::countLines(const std::string& line) const {
@@ -106,26 +98,13 @@ int SnifferProgram::countLines(const std::string& line) const {
 
 std::optional<int> SnifferProgram::stop(std::chrono::milliseconds timeout) {
     process->signal(SIGTERM);
-    return process->wait(timeout);
+    return wait(timeout);
 }
 
-// The program is the one process whose arguments name this test's folder
-// (a wrapper that lowers privileges execs it under the same id).
-pid_t SnifferProgram::pid() const {
-    DIR* proc = opendir("/proc");
-    pid_t found = -1;
-    while (dirent* entry = readdir(proc)) {
-        const pid_t candidate = std::atoi(entry->d_name);
-        if (candidate <= 0)
-            continue;
-        std::ifstream cmdline("/proc/" + std::string(entry->d_name) + "/cmdline");
-        const std::string words((std::istreambuf_iterator<char>(cmdline)), std::istreambuf_iterator<char>());
-        if (words.find(folder + "/sniffer.properties") != std::string::npos &&
-            words.find(SNIFFER_PROGRAM) != std::string::npos)
-            found = candidate;
-    }
-    closedir(proc);
-    return found;
+std::optional<int> SnifferProgram::wait(std::chrono::milliseconds timeout) {
+    if (!process->waitFor(timeout))
+        return std::nullopt;
+    return process->exitStatus();
 }
 
 std::string SnifferProgram::status(const std::string& field) const {
@@ -194,9 +173,9 @@ StalledRecorder::~StalledRecorder() {
 VethLink::VethLink(const std::string& name) : name(name) {
     const std::string a = name + "a";
     const std::string b = name + "b";
-    ready = ChildProcess::run({"ip", "link", "add", a, "type", "veth", "peer", "name", b}, 10s) == 0 &&
-            ChildProcess::run({"ip", "link", "set", a, "up"}, 10s) == 0 &&
-            ChildProcess::run({"ip", "link", "set", b, "up"}, 10s) == 0;
+    const std::string ip = onPath("ip");
+    ready = runsCleanly({ip, "link", "add", a, "type", "veth", "peer", "name", b}, 10s) &&
+            runsCleanly({ip, "link", "set", a, "up"}, 10s) && runsCleanly({ip, "link", "set", b, "up"}, 10s);
     injectIndex = static_cast<int>(if_nametoindex(b.c_str()));
     packetSocket = socket(AF_PACKET, SOCK_RAW, 0);
     ready = ready && injectIndex > 0 && packetSocket >= 0;
@@ -218,7 +197,7 @@ void VethLink::inject(const Bytes& frame) const {
 
 void VethLink::remove() {
     if (ready)
-        ChildProcess::run({"ip", "link", "del", name + "a"}, 10s);
+        runsCleanly({onPath("ip"), "link", "del", name + "a"}, 10s);
     ready = false;
 }
 

@@ -17,6 +17,7 @@
 #include "ChildProcess.h"
 #include "Frames.h"
 #include "Network.h"
+#include "Programs.h"
 #include "Recorder.h"
 
 // Moves this process into a network namespace of its own with only an
@@ -31,12 +32,12 @@ protected:
     void SetUp() override;
 };
 
-// A stand-alone program (`sniffer` from a properties file, or any command
-// given in full) whose log lines read "LEVEL message", one per line.
+// The stand-alone `sniffer` run from a properties file written for it, its
+// log lines reading "LEVEL message", one per line, in a file of its folder.
 class SnifferProgram {
 public:
-    // Runs `sniffer -c FILE -l FILE` with `properties` as the file's lines,
-    // behind the words of `prefix` (e.g. a command that lowers privileges).
+    // `properties` are the file's lines; `prefix` goes before the program's
+    // path on the command line (e.g. a command that lowers privileges).
     explicit SnifferProgram(const std::vector<std::string>& properties, const std::vector<std::string>& prefix = {});
     ~SnifferProgram();
     SnifferProgram(const SnifferProgram&) = delete;
@@ -45,17 +46,20 @@ public:
     bool waitForLog(const std::string& text, std::chrono::milliseconds timeout = 5s) const;
     // Lines of the output equal to `line`.
     int countLines(const std::string& line) const;
-    std::string output() const { return process->output(); }
+    std::string output() const { return readFile(outputPath()); }
     // SIGTERM, then the exit status once the program has ended.
     std::optional<int> stop(std::chrono::milliseconds timeout = 10s);
-    std::optional<int> wait(std::chrono::milliseconds timeout) { return process->wait(timeout); }
-    pid_t pid() const;
+    // The exit status, once the program has ended by itself within `timeout`.
+    std::optional<int> wait(std::chrono::milliseconds timeout);
+    pid_t pid() const { return process->pid(); }
     // A field of /proc/PID/status, e.g. "Uid" or "VmRSS"; empty once ended.
     std::string status(const std::string& field) const;
     long residentKb() const;
 
 private:
-    std::string folder;
+    std::string outputPath() const { return folder.file("output.log"); }
+
+    TempDir folder;
     std::unique_ptr<ChildProcess> process;
 };
 

@@ -3,6 +3,7 @@
 // start with nothing but the two capture capabilities, as the systemd unit does.
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <pwd.h>
 
@@ -62,18 +63,22 @@ TEST_F(Privileges, AnUnknownRunAsUserIsASetupError) {
 }
 
 TEST_F(Privileges, SnifferUserSwitchesTheCommandLineProgram) {
+    TempDir folder;
+    const std::string output = folder.file("output.log");
     setenv("SNIFFER_USER", "nobody", 1);
     ChildProcess udpsniffer({UDPSNIFFER_PROGRAM, "-d", "lo", "-f", "udp port 5060", "-h", "127.0.0.1", "-p",
-                             std::to_string(recorder.port())});
+                             std::to_string(recorder.port())},
+                            output);
     unsetenv("SNIFFER_USER");
-    ASSERT_TRUE(udpsniffer.waitForOutput("Running as user nobody", 5s)) << udpsniffer.output();
-    EXPECT_TRUE(forwardsSip()) << udpsniffer.output();
+    ASSERT_TRUE(waitForText(output, "Running as user nobody", 5s)) << readFile(output);
+    EXPECT_TRUE(forwardsSip()) << readFile(output);
     udpsniffer.signal(SIGTERM);
-    EXPECT_EQ(udpsniffer.wait(10s), 0) << udpsniffer.output();
+    ASSERT_TRUE(udpsniffer.waitFor(10s));
+    EXPECT_EQ(udpsniffer.exitStatus(), 0) << readFile(output);
 }
 
 TEST_F(Privileges, CaptureNeedsOnlyNetRawAndNetAdmin) {
-    SnifferProgram sniffer(capturing(), {"setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups",
+    SnifferProgram sniffer(capturing(), {onPath("setpriv"), "--reuid=nobody", "--regid=nogroup", "--clear-groups",
                                          "--inh-caps=+net_raw,+net_admin", "--ambient-caps=+net_raw,+net_admin"});
     ASSERT_TRUE(sniffer.waitForLog("INFO Sniffing started.")) << sniffer.output();
     EXPECT_EQ(sniffer.status("Uid"), allIds(nobody));
@@ -83,7 +88,7 @@ TEST_F(Privileges, CaptureNeedsOnlyNetRawAndNetAdmin) {
 }
 
 TEST_F(Privileges, WithoutTheCapabilitiesNoDeviceOpens) {
-    SnifferProgram sniffer(capturing(), {"setpriv", "--reuid=nobody", "--regid=nogroup", "--clear-groups"});
+    SnifferProgram sniffer(capturing(), {onPath("setpriv"), "--reuid=nobody", "--regid=nogroup", "--clear-groups"});
     EXPECT_TRUE(sniffer.waitForLog("ERROR Couldn't open device lo:")) << sniffer.output();
     EXPECT_EQ(sniffer.stop(), 0) << sniffer.output();
 }
