@@ -68,9 +68,15 @@ void blockStopSignals() {
 int runStandalone(Sniffer& sniffer, int configured, const char* runAsUser) {
     Sniffer::installWakeSignal();
     const int setup = configured == 0 ? sniffer.setupSniffing() : configured;
-    if (setup != 0 || !dropPrivileges(runAsUser)) {
+    if (setup != 0) {
         std::cerr << "Errors in setup, terminating..." << std::endl;
-        return setup != 0 ? setup : 1;
+        return setup;
+    }
+    if (!dropPrivileges(runAsUser)) {
+        // Set-up has started the command reader: stop it before the engine goes.
+        sniffer.stopSniffing();
+        std::cerr << "Errors in setup, terminating..." << std::endl;
+        return 1;
     }
     std::thread stopper(awaitStop, std::ref(sniffer));
     sniffer.startSniffing();

@@ -19,6 +19,8 @@ public:
 
     static Config* dft();
 
+    // A table of its own, apart from the process-wide one (tests and tools).
+    Config() = default;
     virtual ~Config() = default;
     Config(const Config&) = delete;
     Config& operator=(const Config&) = delete;
@@ -34,7 +36,6 @@ public:
     static std::string trim(const std::string& s);
 
 private:
-    Config() = default;
     void addLine(const std::string& line);
 
     std::map<std::string, std::string> properties;

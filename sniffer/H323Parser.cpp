@@ -46,6 +46,17 @@ const Dispatch* findDispatch(unsigned messageType) {
     return nullptr;
 }
 
+// Text a caller chose (an alias, dialled digits) as the value of one line of
+// the description: a line feed in it would add a line of the caller's making
+// (a media address, say), and a zero byte would end the description for the
+// recorder, hiding the lines after it. Control characters become '?'.
+std::string lineValue(std::string text) {
+    for (char& c : text)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+            c = '?';
+    return text;
+}
+
 
 }  // namespace
 
@@ -147,7 +158,7 @@ bool H323Parser::describeMessage(unsigned messageType, const std::string& callRe
     case typeInformation: {
         const std::string digits = q931pdu.calledPartyNumber();
         LOG4CXX_DEBUG(logger, "Digit: " << digits);
-        upStreamPayload += "i:" + digits + "\n";
+        upStreamPayload += "i:" + lineValue(digits) + "\n";
         getFastStartParams(uuie["fastStart"], upStreamPayload);
         break;
     }
@@ -186,7 +197,7 @@ void H323Parser::appendParty(Value aliases, const char* h225Heading, const char*
         party = number;
         LOG4CXX_DEBUG(logger, q931Heading << party);
     }
-    upStreamPayload += tag + party + "\n";
+    upStreamPayload += tag + lineValue(party) + "\n";
 }
 
 // Fast start wins over the H.245 address: a call set up with fast start has
@@ -243,7 +254,7 @@ bool H323Parser::handleH245MultimediaSystemControlMsg(Value message, const u_int
             // Digits alone are not forwarded: they ride along only with a
             // channel description of the same message.
             const std::string digits = kind.chosen().chosen().text();
-            upStreamPayload += "i:" + digits + "\n";
+            upStreamPayload += "i:" + lineValue(digits) + "\n";
             LOG4CXX_DEBUG(logger, "H.245 DTMF Passed: " << digits);
         }
         return false;

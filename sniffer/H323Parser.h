@@ -50,13 +50,14 @@ public:
         bool operator()(const std::string& a, const std::string& b) const { return a < b; }
     };
 
-    // Deployed recorders have always seen the H.245 map in this order:
-    // address text first, else port, the port compared without first asking
-    // whether the addresses are equal. Inserting and looking up with the
-    // same rule keeps entries findable for the address pairs calls announce.
+    // Address text first, then port. The port decides only between equal
+    // addresses: comparing it regardless made two entries each less than
+    // the other when address and port differ in opposite senses, which a
+    // std::map cannot hold (its tree broke and lost entries). Wherever that
+    // rule gave one answer, this one gives the same.
     struct h245comp {
         bool operator()(const h245Addr& a, const h245Addr& b) const {
-            return a.h245Ip < b.h245Ip || a.h245Port < b.h245Port;
+            return a.h245Ip < b.h245Ip || (a.h245Ip == b.h245Ip && a.h245Port < b.h245Port);
         }
     };
 

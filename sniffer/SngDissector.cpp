@@ -163,7 +163,7 @@ void SngDissector::processUdp(const u_char* packet, const pcap_pkthdr* header, i
     // The wire length is used, not the UDP length field: Ethernet padding
     // behind a short datagram travels with it, as recorders expect.
     const int length = frameLength - size_header - udpHeaderLength + ourHeaderLength;
-    if (length <= ourHeaderLength)
+    if (length <= ourHeaderLength || length > maxFrameLength)
         return;
     ohdr.len = htons(static_cast<uint16_t>(length));
     buildPayload(const_cast<u_char*>(payload) - ourHeaderLength, length, true, nullptr);
@@ -183,7 +183,7 @@ void SngDissector::processTcp(u_char* packet, const pcap_pkthdr* header, int siz
     ohdr.dstPort = ntohs(tcp->th_dport);
 
     const int length = frameLength - size_header - tcpHeaderLength + ourHeaderLength;
-    if (length <= ourHeaderLength)
+    if (length <= ourHeaderLength || length > maxFrameLength)
         return;
     ohdr.len = htons(static_cast<uint16_t>(length));
     buildPayload(packet + size_header + tcpHeaderLength - ourHeaderLength, length, false, nullptr);

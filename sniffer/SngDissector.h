@@ -86,6 +86,10 @@ public:
 
     enum PayloadType { SIP = 1, RTP = 2, HEARTBEAT = 3, H323 = 4 };
     static constexpr int ourHeaderLength = sizeof(our_header);
+    // The most the header's 16-bit length can state. A longer frame would
+    // break the framing of the recorder's stream; only a damaged capture
+    // file yields one, since IPv4 datagrams are shorter.
+    static constexpr int maxFrameLength = 0xFFFF;
 
     SngDissector();
     virtual ~SngDissector();

@@ -324,6 +324,8 @@ void Sniffer::startSniffing() {
 void* Sniffer::startLoop(void* idp) {
     const int i = *static_cast<int*>(idp);
     const long rc = pcap_loop(handle[i], count, gotPacket, nullptr);
+    if (rc == PCAP_ERROR)
+        LOG4CXX_ERROR(logger, "Capture on device " << i << " ended: " << pcap_geterr(handle[i]));
     --capturesRunning;
     return reinterpret_cast<void*>(rc);
 }
@@ -331,6 +333,10 @@ void* Sniffer::startLoop(void* idp) {
 void Sniffer::gotPacket(u_char* /*args*/, const pcap_pkthdr* header, const u_char* packet) {
     SngDissector* target = SngDissector::dft();
     if (getEndMain() || !target)
+        return;
+    // Only a damaged capture file claims a longer frame; its copy would be
+    // as large as the claim.
+    if (header->len > maxWireLength)
         return;
     // The queue copies the frame as long as it was on the wire; beyond the
     // captured bytes (only past the snap length) it reads as zeros.

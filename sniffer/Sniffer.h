@@ -26,6 +26,8 @@ public:
     static constexpr int maxDeviceNameLength = 255;
     static constexpr int maxFileNameLength = 4095;
     static constexpr int snapLength = 8192;
+    // libpcap's largest snapshot: no link carries a longer frame.
+    static constexpr bpf_u_int32 maxWireLength = 262144;
     static constexpr int readTimeoutMs = 1000;
     static constexpr const char* filePrefix = "file:";
 

@@ -51,18 +51,25 @@ void TcpConnection::tcpConnect() {
     if (clientSd == -1)
         return;
     // A repeated connect on the same non-blocking socket reports the outcome
-    // of the attempt in progress: 0 once it has completed.
-    if (connect(clientSd, reinterpret_cast<const sockaddr*>(&serverAddr), sizeof serverAddr) == 0) {
-        connected = true;
-        return;
-    }
-    const int err = errno;
-    if (err == EALREADY)
-        return;
-    if (err == EINPROGRESS)
-        LOG4CXX_DEBUG(logger, "Connecting ...");
-    else
+    // of the attempt in progress: 0 once it has completed. An attempt that
+    // failed (the recorder refused) is reported by the next call, which
+    // makes no new attempt; the second round here makes it, so that every
+    // call tries the recorder and a returning recorder is found at once.
+    for (int round = 0; round < 2; ++round) {
+        if (connect(clientSd, reinterpret_cast<const sockaddr*>(&serverAddr), sizeof serverAddr) == 0) {
+            connected = true;
+            ++linkCount;
+            return;
+        }
+        const int err = errno;
+        if (err == EALREADY)
+            return;
+        if (err == EINPROGRESS) {
+            LOG4CXX_DEBUG(logger, "Connecting ...");
+            return;
+        }
         LOG4CXX_DEBUG(logger, "TCP connect failed with errno=" << err);
+    }
 }
 
 void TcpConnection::forgetForwardingState() {
@@ -160,14 +167,29 @@ void TcpConnection::closeLocked() {
 }
 
 bool TcpConnection::receiveRequest(SnifferRequest& request) {
-    const int sd = clientSd;
-    if (!connected || sd == -1)
+    if (!connected)
         return false;
-    // Never take more than the ring has room for: a burst longer than the
-    // ring (a recorder re-sending all its destinations after a reconnect)
-    // waits in the socket instead of overwriting commands not yet decoded.
-    const int room = std::min(workBufferSize, ringSize - total);
-    const ssize_t n = room > 0 ? recv(sd, workBuffer, room, 0) : -1;
+    ssize_t n;
+    {
+        // The sender closes the socket on a send error. Receiving under the
+        // same lock keeps the descriptor from being closed, and its number
+        // taken by the next socket, in the middle of this recv.
+        std::lock_guard<std::mutex> guard(sendLock);
+        if (!connected || clientSd == -1)
+            return false;
+        // Part of a command from a link that is gone would put this link's
+        // commands out of step: the sender may have closed it on a send
+        // error before this reader saw its end.
+        if (ringLink != linkCount) {
+            discardRing();
+            ringLink = linkCount;
+        }
+        // Never more than the ring has room for: the rest waits in the socket
+        // (TCP holds the recorder back) instead of overwriting commands not
+        // yet decoded. A full ring holds a whole command, decoded below.
+        const int room = std::min(workBufferSize, ringSize - total);
+        n = room > 0 ? recv(clientSd, workBuffer, room, 0) : -1;
+    }
     if (n < 1 && total < 1) {
         if (n == 0)
             closeConnection();
@@ -177,8 +199,7 @@ bool TcpConnection::receiveRequest(SnifferRequest& request) {
         // The recorder closed mid-command: the rest can never arrive, and
         // reporting the partial record as pending would keep the reader
         // repeating the previous command for ever.
-        total = 0;
-        requestStart = offset;
+        discardRing();
         closeConnection();
         return false;
     }
@@ -209,6 +230,11 @@ void TcpConnection::appendToRing(int n) {
         std::memcpy(buffer, workBuffer + room, n - room);
         newOffset = n - room;
     }
+}
+
+void TcpConnection::discardRing() {
+    total = 0;
+    requestStart = offset;
 }
 
 void TcpConnection::decodeRequest(SnifferRequest& request) {

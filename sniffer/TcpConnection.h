@@ -37,19 +37,22 @@ private:
     void closeLocked();
     void forgetForwardingState();
     void appendToRing(int n);
+    void discardRing();
     void decodeRequest(SnifferRequest& request);
 
     sockaddr_in clientAddr{};
     sockaddr_in serverAddr{};
-    // The sender and the command reader share the socket; both fields are
+    // The sender and the command reader share the socket; `connected` is
     // read without the lock by the reader, hence atomic.
     std::atomic<int> clientSd{-1};
     int serverPort;
     const char* serverHost;
     std::atomic<bool> connected{false};
     int connectRetries = 0;
+    // Links established so far; guarded by sendLock.
+    unsigned linkCount = 0;
     // Serialises sends (a heartbeat reply from the command reader must not
-    // interleave with a frame of the sender) and socket tear-down.
+    // interleave with a frame of the sender), receives and socket tear-down.
     std::mutex sendLock;
 
     // Receive ring of undecoded command bytes; used by the command reader only.
@@ -59,6 +62,7 @@ private:
     int newOffset = 0;
     int requestStart = 0;
     int total = 0;
+    unsigned ringLink = 0;  // the link the ring's bytes came from
 
     static log4cxx::LoggerPtr logger;
 };

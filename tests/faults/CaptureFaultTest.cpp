@@ -1,0 +1,201 @@
+// Capture under faults and load: a device unplugged while capturing, ten
+// devices at once, a stop under load, a capture file full of broken frames,
+// and an embedded engine started and stopped a hundred times.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fcntl.h>
+#include <set>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+#include "EmbeddedConnection.h"
+#include "FaultSupport.h"
+#include "Sniffer.h"
+
+namespace {
+constexpr int sip = 1;
+constexpr int rtp = 2;
+
+class CaptureFault : public PrivateNetworkTest {
+protected:
+
+    std::vector<std::string> capturing(const std::string& devices, const std::string& filter = "udp port 5060") {
+        return {"Device=" + devices, "Filter=" + filter, "ServerName=127.0.0.1",
+                "ServerPort=" + std::to_string(recorder.port()), "ServerProtocol=TCP"};
+    }
+
+    // A SIP datagram whose Call-ID names the device it was sent on.
+    static Bytes sipFrameFor(int device) {
+        const std::string ip = "10.9." + std::to_string(device) + ".1";
+        const std::string peer = "10.9." + std::to_string(device) + ".2";
+        return udpFrame({ip.c_str(), 5060}, {peer.c_str(), 5060}, sipInvite("device-" + std::to_string(device)));
+    }
+
+    TcpRecorder recorder;
+    UdpSocket phone;
+};
+
+std::set<std::string> callIds(const std::vector<ForwardedFrame>& frames) {
+    std::set<std::string> ids;
+    for (const ForwardedFrame& f : frames) {
+        const std::string text(f.bytes.begin() + 15, f.bytes.end());
+        const auto at = text.find("Call-ID: ");
+        if (f.protocol() == sip && at != std::string::npos)
+            ids.insert(text.substr(at + 9, text.find('\r', at) - at - 9));
+    }
+    return ids;
+}
+}  // namespace
+
+TEST_F(CaptureFault, AnUnpluggedDeviceEndsItsCaptureWhileTheOthersGoOnAndTheStopCompletes) {
+    VethLink link("vu0");
+    ASSERT_TRUE(link.ok());
+    SnifferProgram sniffer(capturing(link.captureSide() + ";lo"));
+    ASSERT_TRUE(sniffer.waitForLog("INFO PCAP thread created 1")) << sniffer.output();
+    Traffic traffic(
+        [&] {
+            link.inject(sipFrameFor(0));
+            phone.sendTo("127.0.0.1", 5060, sipInvite("loopback"));
+        },
+        10ms);
+    ASSERT_TRUE(waitUntil([&] { return callIds(recorder.received()).size() == 2; }, 5s)) << sniffer.output();
+
+    link.remove();
+    EXPECT_TRUE(sniffer.waitForLog("ERROR Capture on device 0 ended: ")) << sniffer.output();
+    discardPending(recorder);
+    EXPECT_TRUE(awaitFrame(recorder, sip, "127.0.0.1:5060", 3s)) << "the loopback capture goes on";
+
+    EXPECT_EQ(sniffer.stop(), 0) << sniffer.output();
+    EXPECT_EQ(sniffer.countLines("INFO Completed join with PCAP thread 0 status=0"), 1) << sniffer.output();
+    EXPECT_EQ(sniffer.countLines("INFO Completed join with PCAP thread 1 status=0"), 1) << sniffer.output();
+    EXPECT_EQ(sniffer.countLines("INFO Sniffing ended."), 1);
+}
+
+TEST_F(CaptureFault, TenDevicesAreCapturedAtOnce) {
+    std::vector<std::unique_ptr<VethLink>> links;
+    std::string devices;
+    for (int i = 0; i < Sniffer::maxDevices; ++i) {
+        links.push_back(std::make_unique<VethLink>("vt" + std::to_string(i)));
+        ASSERT_TRUE(links.back()->ok());
+        devices += (i ? ";" : "") + links.back()->captureSide();
+    }
+    SnifferProgram sniffer(capturing(devices));
+    ASSERT_TRUE(sniffer.waitForLog("INFO PCAP thread created 9")) << sniffer.output();
+    Traffic traffic(
+        [&] {
+            for (int i = 0; i < Sniffer::maxDevices; ++i)
+                links[i]->inject(sipFrameFor(i));
+        },
+        20ms);
+    EXPECT_TRUE(waitUntil([&] { return callIds(recorder.received()).size() == Sniffer::maxDevices; }, 5s))
+        << sniffer.output();
+    EXPECT_EQ(sniffer.stop(), 0) << sniffer.output();
+}
+
+TEST_F(CaptureFault, SigtermUnderLoadStopsCleanly) {
+    SnifferProgram sniffer(capturing("lo"));
+    ASSERT_TRUE(sniffer.waitForLog("INFO PCAP thread created 0")) << sniffer.output();
+    Traffic flood([&] { phone.sendTo("127.0.0.1", 5060, sipInvite("flood")); }, 20us);
+    ASSERT_TRUE(waitUntil([&] { return recorder.count() > 1000; }, 10s)) << sniffer.output();
+    EXPECT_EQ(sniffer.stop(5s), 0) << sniffer.output();
+    EXPECT_EQ(sniffer.countLines("INFO Sniffing ended."), 1);
+    EXPECT_EQ(sniffer.countLines("INFO Completed join with Command reader thread, status=0"), 1);
+}
+
+// Every well-formed SIP message and every datagram to a listed destination
+// among broken frames reaches the recorder whole and in order; nothing else.
+TEST_F(CaptureFault, ACaptureFileOfBrokenFramesForwardsEveryWellFormedFrameAmongThem) {
+    const std::string fifo = "/tmp/sniffer-fault-replay-" + std::to_string(getpid());
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    SnifferProgram sniffer(capturing("file:" + fifo, ""));
+    CaptureWriter replay(fifo);
+
+    const Endpoint phoneA{"10.0.0.1", 5060}, phoneB{"10.0.0.2", 5060};
+    const Endpoint media{"10.0.0.2", 7078};
+    std::vector<Bytes> wanted;
+    auto wellFormed = [&](const Bytes& frame, std::size_t payloadOffset) {
+        replay.write(frame);
+        wanted.push_back(Bytes(frame.begin() + payloadOffset, frame.end()));
+    };
+    wellFormed(udpFrame(phoneA, phoneB, sipInvite("first")), 42);
+    replay.flush();
+    ASSERT_TRUE(awaitFrame(recorder, sip, "10.0.0.2:5060", 5s)) << sniffer.output();
+    ASSERT_TRUE(recorder.apply({command(1, media.ip, media.port)}));
+
+    const Bytes invite = udpFrame(phoneA, phoneB, sipInvite("whole"));
+    const Bytes voice = udpFrame(phoneA, media, rtpPacket());
+    FrameOptions vlan, qinq, options, shortTcp, longTcp;
+    vlan.etherType = etherTypeVlan;
+    qinq.etherType = etherTypeQinQ;
+    options.ipOptionWords = 3;
+    shortTcp.tcpDataOffset = 4;
+    longTcp.tcpDataOffset = 15;
+    replay.write({});                                            // nothing captured
+    replay.write(Bytes(invite.begin(), invite.begin() + 1));     // one byte
+    replay.write(Bytes(invite.begin(), invite.begin() + 13));    // short of the Ethernet header
+    replay.write(Bytes(invite.begin(), invite.begin() + 14));    // Ethernet header only
+    replay.write(Bytes(invite.begin(), invite.begin() + 38));    // UDP header cut short
+    replay.write(Bytes(invite.begin(), invite.begin() + 60), 0xFFFFFFFF);  // absurd wire length
+    replay.write(Bytes(invite.begin(), invite.begin() + 60), 70000);       // longer than a header can state
+    Bytes badIhl = invite;
+    badIhl[14] = 0x43;  // IP header of 12 bytes
+    replay.write(badIhl);
+    Bytes hugeIhl = Bytes(invite.begin(), invite.begin() + 40);
+    hugeIhl[14] = 0x4F;  // 60-byte IP header in a 40-byte frame
+    replay.write(hugeIhl);
+    replay.write(ipFrame(1, 28, 1, 0, 64, 0, Bytes(8, 0)));     // ICMP
+    replay.write(ipFrame(2, 28, 1, 0, 64, 0, Bytes(8, 0)));     // IGMP
+    Bytes arp = invite;
+    arp[12] = 0x08, arp[13] = 0x06;
+    arp[14] = 0x00;  // ARP's hardware type where the IP version would be
+    replay.write(arp);
+    Bytes ipv6 = invite;
+    ipv6[12] = 0x86, ipv6[13] = 0xDD, ipv6[14] = 0x60;
+    replay.write(ipv6);
+    replay.write(Bytes(invite.begin(), invite.begin() + 16), 16);  // 802.1Q tag, nothing behind
+    replay.write(udpFrame(phoneA, phoneB, {}));                 // empty payload
+    replay.write(udpFrame(phoneA, {"10.0.0.3", 7078}, rtpPacket()));  // unlisted destination
+    replay.write(tcpFrame(phoneA, phoneB, sipInvite("tcp"), shortTcp));
+    replay.write(tcpFrame(phoneA, phoneB, sipInvite("tcp"), longTcp));
+    replay.write(Bytes(invite.begin(), invite.begin() + 50), static_cast<bpf_u_int32>(invite.size()));  // cut capture
+    Bytes fragment = invite;
+    fragment[20] = 0x20;  // more fragments follow
+    wellFormed(fragment, 42);
+    wellFormed(invite, 42);
+    wellFormed(voice, 42);
+    wellFormed(udpFrame(phoneA, phoneB, sipInvite("vlan"), vlan), 46);
+    wellFormed(udpFrame(phoneA, phoneB, sipInvite("qinq"), qinq), 50);
+    wellFormed(udpFrame(phoneA, phoneB, sipInvite("options"), options), 54);
+    wellFormed(padded(udpFrame(phoneA, media, bytesOf("0123456789"))), 42);  // padding travels with it
+    replay.close();
+
+    ASSERT_EQ(sniffer.wait(10s), 0) << "a replay ends by itself\n" << sniffer.output();
+    ASSERT_TRUE(waitUntil([&] { return recorder.count() >= wanted.size() + 1; }, 3s));
+    std::vector<Bytes> payloads;
+    for (const ForwardedFrame& f : recorder.received())
+        if (f.protocol() != 3)
+            payloads.push_back(f.payload());
+    EXPECT_EQ(payloads, wanted);
+    unlink(fifo.c_str());
+}
+
+TEST_F(CaptureFault, AnEmbeddedEngineStartsAndStopsAHundredTimesUnderTraffic) {
+    Sniffer::installWakeSignal();
+    Traffic traffic([&] { phone.sendTo("127.0.0.1", 5060, sipInvite("embedded")); }, 100us);
+    for (int run = 0; run < 100; ++run) {
+        Sniffer engine;
+        engine.setEmbedded(true);
+        ASSERT_EQ(engine.setDevice("lo"), 0);
+        engine.setFilter("udp port 5060");
+        ASSERT_EQ(engine.setupSniffing(), 0);
+        std::thread consumer([&] { engine.startSniffing(); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(run % 5));
+        engine.stopSniffing();
+        consumer.join();
+    }
+    char frame[2048];
+    while (EmbeddedConnection::dft()->receivePacket(frame, sizeof frame) > 0) {
+    }
+}

@@ -1,0 +1,199 @@
+// The recorder link under faults: a recorder that restarts, one that stops
+// reading, one that sends garbage, split or bursting commands or closes
+// mid-command, and a UDP recorder that is not there yet.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "FaultSupport.h"
+
+using std::chrono::steady_clock;
+
+namespace {
+constexpr int sip = 1;
+constexpr int rtp = 2;
+const std::string sipServer = "127.0.0.1:5060";
+
+std::string to(uint16_t port) {
+    return "127.0.0.1:" + std::to_string(port);
+}
+
+class RecorderLinkFault : public PrivateNetworkTest {
+protected:
+
+    static std::vector<std::string> recorderAt(uint16_t port, const char* protocol = "TCP") {
+        return {"Device=lo", "Filter=udp and (dst port 5060 or dst portrange 40000-52000)", "ServerName=127.0.0.1",
+                "ServerPort=" + std::to_string(port), std::string("ServerProtocol=") + protocol};
+    }
+
+    void sendSip(std::size_t size = 0) {
+        Bytes invite = sipInvite(std::to_string(++calls));
+        invite.resize(std::max(invite.size(), size), 'x');
+        phone.sendTo("127.0.0.1", 5060, invite);
+    }
+    void sendRtp(uint16_t port) { phone.sendTo("127.0.0.1", port, rtpPacket()); }
+
+    UdpSocket phone;
+    int calls = 0;
+};
+
+// A recorder on loopback with a sniffer already forwarding SIP to it.
+class CommandStream : public RecorderLinkFault {
+protected:
+    void SetUp() override {
+        RecorderLinkFault::SetUp();
+        if (IsSkipped())
+            return;
+        sniffer = std::make_unique<SnifferProgram>(recorderAt(recorder.port()));
+        traffic = std::make_unique<Traffic>([this] { sendSip(); }, 20ms);
+        ASSERT_TRUE(awaitFrame(recorder, sip, sipServer, 5s)) << sniffer->output();
+    }
+    void TearDown() override {
+        traffic.reset();
+        if (sniffer) {
+            EXPECT_EQ(sniffer->stop(), 0) << sniffer->output();
+        }
+    }
+
+    bool forwardsMediaTo(uint16_t port) {
+        sendRtp(port);
+        return awaitFrame(recorder, rtp, to(port), 2s);
+    }
+    bool dropsMediaTo(uint16_t port) {
+        sendRtp(port);
+        return framesWithin(recorder, rtp, to(port), 300ms) == 0;
+    }
+
+    TcpRecorder recorder;
+    std::unique_ptr<SnifferProgram> sniffer;
+    std::unique_ptr<Traffic> traffic;
+};
+}  // namespace
+
+TEST_F(RecorderLinkFault, ARestartedRecorderIsReconnectedWithinTwoSecondsAndGetsMediaOnceItAddsItAgain) {
+    TcpRecorder recorder;
+    const std::string endpoint = to(recorder.port());
+    SnifferProgram sniffer(recorderAt(recorder.port()));
+    Traffic traffic(
+        [this] {
+            sendSip();
+            sendRtp(40000);
+        },
+        10ms);
+    ASSERT_TRUE(awaitFrame(recorder, sip, sipServer, 5s)) << sniffer.output();
+    ASSERT_TRUE(recorder.apply({command(1, "127.0.0.1", 40000)}));
+    ASSERT_TRUE(awaitFrame(recorder, rtp, to(40000), 2s));
+    const int connectingBefore = sniffer.countLines("INFO Connecting to recorder " + endpoint);
+    const int connectedBefore = sniffer.countLines("INFO Connected to recorder " + endpoint);
+
+    recorder.stop();
+    discardPending(recorder);
+    std::this_thread::sleep_for(3s);
+    recorder.start();
+    const auto back = steady_clock::now();
+    ASSERT_TRUE(waitUntil([&] { return recorder.connected(); }, 5s)) << sniffer.output();
+    EXPECT_LT(steady_clock::now() - back, 2s) << sniffer.output();
+
+    ASSERT_TRUE(awaitFrame(recorder, sip, sipServer, 3s)) << "capture goes on through the outage";
+    EXPECT_EQ(framesWithin(recorder, rtp, to(40000), 500ms), 0) << "destinations are forgotten with the link";
+    ASSERT_TRUE(recorder.apply({command(1, "127.0.0.1", 40000)}));
+    EXPECT_TRUE(awaitFrame(recorder, rtp, to(40000), 2s));
+
+    EXPECT_EQ(sniffer.countLines("INFO Connecting to recorder " + endpoint) - connectingBefore, 1) << sniffer.output();
+    EXPECT_EQ(sniffer.countLines("INFO Connected to recorder " + endpoint) - connectedBefore, 1) << sniffer.output();
+    EXPECT_EQ(sniffer.stop(), 0) << sniffer.output();
+}
+
+TEST_F(RecorderLinkFault, ARecorderThatStopsReadingIsDroppedWithMemoryBoundedUntilAReadingOneReturns) {
+    TcpRecorder reading;
+    const uint16_t port = reading.port();
+    reading.stop();
+    auto stalled = std::make_unique<StalledRecorder>(port);
+    SnifferProgram sniffer(recorderAt(port));
+    ASSERT_TRUE(sniffer.waitForLog("INFO Sniffing started."));
+    const long startKb = sniffer.residentKb();
+    {
+        Traffic flood([this] { sendSip(1400); }, 200us);
+        ASSERT_TRUE(sniffer.waitForLog("WARN Can not send. Connection to recorder lost.", 10s)) << sniffer.output();
+        long peakKb = 0;
+        for (int i = 0; i < 40; ++i) {
+            peakKb = std::max(peakKb, sniffer.residentKb());
+            std::this_thread::sleep_for(100ms);
+        }
+        RecordProperty("resident_kb_start", std::to_string(startKb));
+        RecordProperty("resident_kb_peak", std::to_string(peakKb));
+        EXPECT_GT(stalled->accepted(), 1) << "each full buffer drops the link and the next frame reconnects";
+        EXPECT_LT(peakKb - startKb, 64 * 1024) << "queued frames are dropped while the recorder does not read";
+    }
+    stalled.reset();
+    reading.start();
+    Traffic traffic([this] { sendSip(); }, 10ms);
+    EXPECT_TRUE(awaitFrame(reading, sip, sipServer, 5s)) << sniffer.output();
+    EXPECT_EQ(sniffer.stop(), 0) << sniffer.output();
+}
+
+TEST_F(CommandStream, UnknownCodesAreIgnoredAndTheStreamStaysInStep) {
+    Bytes garbage;
+    for (int i = 0; i < 100; ++i) {
+        Bytes record = command(uint8_t(4 + i), "127.0.0.1", uint16_t(40100 + i));
+        garbage.insert(garbage.end(), record.begin(), record.end());
+    }
+    recorder.send(garbage);
+    ASSERT_TRUE(recorder.apply({command(1, "127.0.0.1", 40001)}));
+    EXPECT_TRUE(forwardsMediaTo(40001));
+    EXPECT_TRUE(dropsMediaTo(40100));
+}
+
+TEST_F(CommandStream, ACommandSplitAcrossSegmentsTakesEffectOnceComplete) {
+    const Bytes add = command(1, "127.0.0.1", 40002);
+    recorder.send(Bytes(add.begin(), add.begin() + 4));
+    std::this_thread::sleep_for(200ms);
+    EXPECT_TRUE(dropsMediaTo(40002));
+    recorder.send(Bytes(add.begin() + 4, add.end()));
+    ASSERT_TRUE(recorder.apply({}));
+    EXPECT_TRUE(forwardsMediaTo(40002));
+}
+
+TEST_F(CommandStream, TenThousandCommandsInOneBurstAreAllApplied) {
+    Bytes burst;
+    for (uint16_t port = 41000; port < 41000 + 9999; ++port) {
+        const Bytes add = command(1, "127.0.0.1", port);
+        burst.insert(burst.end(), add.begin(), add.end());
+    }
+    recorder.send(burst);
+    ASSERT_TRUE(recorder.apply({}, 30s)) << "the heartbeat behind the burst is answered";
+    for (uint16_t port : {41000, 45000, 50998})
+        EXPECT_TRUE(forwardsMediaTo(port)) << port;
+    EXPECT_TRUE(dropsMediaTo(50999));
+}
+
+TEST_F(CommandStream, ARecorderClosingMidCommandIsReconnectedAndItsNextCommandsApply) {
+    const Bytes add = command(1, "127.0.0.1", 40003);
+    recorder.send(Bytes(add.begin(), add.begin() + 3));
+    recorder.stop();
+    discardPending(recorder);
+    recorder.start();
+    ASSERT_TRUE(awaitFrame(recorder, sip, sipServer, 5s)) << sniffer->output();
+    ASSERT_TRUE(recorder.apply({command(1, "127.0.0.1", 40004)})) << sniffer->output();
+    EXPECT_TRUE(forwardsMediaTo(40004));
+    EXPECT_TRUE(dropsMediaTo(40003));
+}
+
+TEST_F(RecorderLinkFault, UdpFramesToAnAbsentRecorderAreLostQuietlyUntilOneListens) {
+    const uint16_t port = unusedPort(SOCK_DGRAM);
+    SnifferProgram sniffer(recorderAt(port, "UDP"));
+    Traffic traffic([this] { sendSip(); }, 10ms);
+    ASSERT_TRUE(sniffer.waitForLog("INFO Sniffing started."));
+    std::this_thread::sleep_for(2s);  // every frame draws an ICMP port unreachable
+
+    const int fd = udpSocketOn(port);
+    ASSERT_GE(fd, 0);
+    UdpSocket recorder(fd);
+    const Bytes frame = recorder.receive(2s);
+    ASSERT_GE(frame.size(), 15u);
+    EXPECT_EQ(frame[2], sip);
+    EXPECT_EQ(sniffer.stop(), 0) << sniffer.output();
+    RecordProperty("send_errors_logged", std::to_string(sniffer.countLines("ERROR Error sento on socket")));
+}
