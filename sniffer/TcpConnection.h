@@ -40,7 +40,7 @@ private:
     void discardRing();
     void decodeRequest(SnifferRequest& request);
 
-    sockaddr_in clientAddr{};
+    [[maybe_unused]] sockaddr_in clientAddr{};  // kept beside serverAddr; a stream link never binds
     sockaddr_in serverAddr{};
     // The sender and the command reader share the socket; `connected` is
     // read without the lock by the reader, hence atomic.
