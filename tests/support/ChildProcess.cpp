@@ -21,6 +21,9 @@ ChildProcess::ChildProcess(const std::vector<std::string>& argv, const std::stri
         const int out = open(outputPath.empty() ? "/dev/null" : outputPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         dup2(out, STDOUT_FILENO);
         dup2(out, STDERR_FILENO);
+        // Nothing of the test's own (a recorder's listening socket, say) may
+        // live on in the program: it would hold ports the test closes.
+        closefrom(STDERR_FILENO + 1);
         // The test process may block signals (the engine's programs do);
         // the child starts with a clean mask.
         sigset_t none;
