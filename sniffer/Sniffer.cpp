@@ -34,7 +34,8 @@ const char* const usageText =
     "\t-q The signalling server port, defaults to server port; e.g. 6001\n"
     "\t-c The number of packets to sniff, defaults to -1, -1 endless loop; e.g -1\n";
 
-void ignoreSignal(int) {}
+// SIGUSR1 only has to interrupt a capture read blocked in the kernel.
+void signalHandler(int) {}
 }  // namespace
 
 Sniffer::Sniffer()
@@ -69,7 +70,7 @@ Sniffer::~Sniffer() {
 void Sniffer::installWakeSignal() {
     // No SA_RESTART: the signal must interrupt a blocked read, not resume it.
     struct sigaction action {};
-    action.sa_handler = ignoreSignal;
+    action.sa_handler = signalHandler;
     sigemptyset(&action.sa_mask);
     action.sa_flags = 0;
     sigaction(SIGUSR1, &action, nullptr);

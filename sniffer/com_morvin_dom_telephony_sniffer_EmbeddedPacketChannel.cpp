@@ -41,13 +41,13 @@ Run run;
 // and closes the queues when it deletes the engine.
 class ChannelMonitor : public EmbeddedConnection::Monitor {
 public:
-    ChannelMonitor(JNIEnv* env, jobject channel) : env(env), channel(channel) {}
-    void enter() override { env->MonitorEnter(channel); }
-    void exit() override { env->MonitorExit(channel); }
+    ChannelMonitor(JNIEnv* env, jobject channel) : mainLoop_JNIEnv(env), mainLoop_jobject(channel) {}
+    void enter() override { mainLoop_JNIEnv->MonitorEnter(mainLoop_jobject); }
+    void exit() override { mainLoop_JNIEnv->MonitorExit(mainLoop_jobject); }
 
 private:
-    JNIEnv* env;
-    jobject channel;
+    JNIEnv* mainLoop_JNIEnv;
+    jobject mainLoop_jobject;
 };
 
 // Holds the channel's monitor for one host-side queue access. The monitor is
