@@ -106,6 +106,15 @@ TEST_F(RecorderLinkFault, ARestartedRecorderIsReconnectedWithinTwoSecondsAndGets
     EXPECT_EQ(sniffer.stop(), 0) << sniffer.output();
 }
 
+// ThreadSanitizer keeps shadow memory several times the size of what the
+// program touches, and it shows in the resident size: the bound stays the
+// sniffer's own in the other builds.
+#if defined(__SANITIZE_THREAD__)
+constexpr long kResidentGrowthBoundKb = 4 * 64 * 1024;
+#else
+constexpr long kResidentGrowthBoundKb = 64 * 1024;
+#endif
+
 TEST_F(RecorderLinkFault, ARecorderThatStopsReadingIsDroppedWithMemoryBoundedUntilAReadingOneReturns) {
     TcpRecorder reading;
     const uint16_t port = reading.port();
@@ -125,7 +134,8 @@ TEST_F(RecorderLinkFault, ARecorderThatStopsReadingIsDroppedWithMemoryBoundedUnt
         RecordProperty("resident_kb_start", std::to_string(startKb));
         RecordProperty("resident_kb_peak", std::to_string(peakKb));
         EXPECT_GT(stalled->accepted(), 1) << "each full buffer drops the link and the next frame reconnects";
-        EXPECT_LT(peakKb - startKb, 64 * 1024) << "queued frames are dropped while the recorder does not read";
+        EXPECT_LT(peakKb - startKb, kResidentGrowthBoundKb)
+            << "queued frames are dropped while the recorder does not read";
     }
     stalled.reset();
     reading.start();
