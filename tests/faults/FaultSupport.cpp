@@ -1,4 +1,5 @@
 #include "FaultSupport.h"
+#include "Loopback.h"
 
 #include <arpa/inet.h>
 #include <csignal>
@@ -30,13 +31,6 @@ void closeOnExecAll() {
     closedir(fds);
 }
 
-sockaddr_in loopback(uint16_t port) {
-    sockaddr_in a{};
-    a.sin_family = AF_INET;
-    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    a.sin_port = htons(port);
-    return a;
-}
 }  // namespace
 
 bool enterPrivateNetwork() {

@@ -1,4 +1,5 @@
 #include "Recorder.h"
+#include "Loopback.h"
 
 #include <arpa/inet.h>
 #include <poll.h>
@@ -10,14 +11,6 @@
 namespace {
 constexpr int receiveBufferSize = 8 << 20;
 constexpr int pollMs = 20;
-
-sockaddr_in loopback(uint16_t port) {
-    sockaddr_in a{};
-    a.sin_family = AF_INET;
-    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    a.sin_port = htons(port);
-    return a;
-}
 
 // A large receive buffer (forced past the system limit when root) keeps a
 // replay at full speed from overrunning the recorder.
