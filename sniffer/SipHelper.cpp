@@ -1,6 +1,6 @@
 #include "SipHelper.h"
 
-#include <cctype>
+#include <array>
 #include <cstring>
 
 const char* const SipHelper::sipReq[18] = {
@@ -16,13 +16,34 @@ constexpr int startLineLimit = 17;
 // is the one in use, since it also accepts methods defined after the table.
 constexpr bool quickRequestTest = true;
 
-bool isWhite(u_char c) { return std::isspace(c) != 0; }
+// The start line is ASCII whatever locale the host process runs in, so the
+// byte classes are fixed tables (the C locale's white space and upper case)
+// rather than <cctype>, whose calls also cost a locale lookup per byte on
+// the path every captured UDP payload takes.
+constexpr std::array<bool, 256> whiteTable() {
+    std::array<bool, 256> table{};
+    for (u_char c : {' ', '\t', '\n', '\v', '\f', '\r'})
+        table[c] = true;
+    return table;
+}
+
+constexpr std::array<u_char, 256> upperTable() {
+    std::array<u_char, 256> table{};
+    for (int c = 0; c < 256; ++c)
+        table[c] = static_cast<u_char>(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
+    return table;
+}
+
+constexpr std::array<bool, 256> white = whiteTable();
+constexpr std::array<u_char, 256> upper = upperTable();
+
+bool isWhite(u_char c) { return white[c]; }
 }  // namespace
 
 int SipHelper::memcmpNocase(const u_char* a, const u_char* b, int n) {
     for (int i = 0; i < n; ++i) {
-        const int ca = std::toupper(a[i]);
-        const int cb = std::toupper(b[i]);
+        const int ca = upper[a[i]];
+        const int cb = upper[b[i]];
         if (ca != cb)
             return ca > cb ? 1 : -1;
     }

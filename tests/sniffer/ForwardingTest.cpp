@@ -187,6 +187,9 @@ INSTANTIATE_TEST_SUITE_P(Lines, SipStartLine,
                                          StartLine{"UnknownMethod", "FOO sip:x", true},  // the method is not checked
                                          StartLine{"OtherCase", "invite SIP:bob@host SIP/2.0", true},
                                          StartLine{"LeadingWhite", "\t OPTIONS sip:bob@host SIP/2.0", true},
+                                         StartLine{"VerticalTabAndFormFeed", "NOTIFY\v\fsip:bob@host", true},
+                                         // 0xA0 is white space in Latin-1 locales, never on the wire
+                                         StartLine{"NoBreakSpace", "INVITE\xA0sip:bob@host SIP/2.0", false},
                                          StartLine{"TelUri", "INVITE tel:+1555 SIP/2.0", false},
                                          StartLine{"Status", "SIP/2.0 200 OK\r\n", true},
                                          StartLine{"StatusOtherCase", "sip/2.0 180 Ringing", true},
