@@ -2,10 +2,8 @@
 
 #include <arpa/inet.h>
 
-#include <cstdio>
 #include <cstring>
 #include <map>
-#include <memory>
 
 #include "Tshark.h"
 
@@ -135,11 +133,7 @@ std::string joinFields(const std::vector<std::vector<std::string>>& values) {
 std::string pdml(const std::string& capture, const std::string& filter) {
     std::string command = "tshark -r " + capture + " -T pdml";
     if (!filter.empty()) command += " -Y '" + filter + "'";
-    std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen((command + " 2>/dev/null").c_str(), "r"), pclose);
-    std::string out;
-    char buf[4096];
-    for (size_t n; pipe && (n = fread(buf, 1, sizeof buf, pipe.get())) > 0;) out.append(buf, n);
-    return out;
+    return commandOutput(command + " 2>/dev/null");
 }
 
 std::string unescapeXml(std::string s) {

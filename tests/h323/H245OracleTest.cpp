@@ -1,11 +1,13 @@
-// H.245 messages built with the encoder read the same through the toolkit
-// and through tshark: every compared field, CHOICE alternatives by index and
-// by name, in the order of the message.
+// H.245 messages built with the encoder, the traffic generator's among them,
+// read the same through the toolkit and through tshark: every compared
+// field, CHOICE alternatives by index and by name, in the order of the
+// message.
 
 #include <gtest/gtest.h>
 
 #include <functional>
 
+#include "ChannelMessages.h"
 #include "H245Oracle.h"
 #include "Tshark.h"
 #include "h323/H245.h"
@@ -14,121 +16,39 @@ namespace h323::test {
 namespace {
 
 using Slot = per::Builder::Slot;
+using channeltest::Channel;
+using channeltest::MediaAddress;
 
-std::string octets(std::initializer_list<uint8_t> b) { return std::string(b.begin(), b.end()); }
+struct Sample {
+    std::string name;
+    Pdu pdu;
+};
 
-void ipv4(Slot address, std::initializer_list<uint8_t> ip, int port) {
-    Slot a = address.choose("unicastAddress").choose("iPAddress");
-    a["network"].setBytes(octets(ip));
-    a["tsapIdentifier"].setInteger(port);
+Pdu build(const std::function<void(Slot)>& fill) {
+    per::Builder b(h245::MultimediaSystemControlMessage);
+    fill(b.root());
+    Pdu wire;
+    EXPECT_TRUE(per::encode(b.value(), wire));
+    return wire;
 }
 
-void ipv6(Slot address, int port) {
-    Slot a = address.choose("unicastAddress").choose("iP6Address");
-    a["network"].setBytes(octets({0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x05}));
-    a["tsapIdentifier"].setInteger(port);
-}
+Pdu pdu(const std::string& octets) { return Pdu(octets.begin(), octets.end()); }
 
-void multicastIpv4(Slot address, int port) {
-    Slot a = address.choose("multicastAddress").choose("iPAddress");
-    a["network"].setBytes(octets({239, 1, 2, 3}));
-    a["tsapIdentifier"].setInteger(port);
-}
-
-// H.225.0 logical channel parameters with an RTP and an RTCP address.
-Slot h2250(Slot multiplexParameters, int session, int rtpPort) {
-    Slot p = multiplexParameters.choose("h2250LogicalChannelParameters");
-    p["sessionID"].setInteger(session);
-    ipv4(p["mediaChannel"], {10, 0, 0, 5}, rtpPort);
-    ipv4(p["mediaControlChannel"], {10, 0, 0, 5}, rtpPort + 1);
-    return p;
-}
-
-void audio(Slot dataType, const char* codec, int framesPerPacket) {
-    dataType.choose("audioData").choose(codec).setInteger(framesPerPacket);
-}
-
-void g7231(Slot dataType) {
-    Slot c = dataType.choose("audioData").choose("g7231");
-    c["maxAl_sduAudioFrames"].setInteger(1);
-    c["silenceSuppression"].setBool(true);
-}
-
-void gsmFullRate(Slot dataType) {
-    Slot c = dataType.choose("audioData").choose("gsmFullRate");
-    c["audioUnitSize"].setInteger(33);
-    c["comfortNoise"].setBool(false);
-    c["scrambled"].setBool(false);
-}
-
-void h261(Slot dataType) {
-    Slot v = dataType.choose("videoData").choose("h261VideoCapability");
-    v["qcifMPI"].setInteger(1);
-    v["cifMPI"].setInteger(2);
-    v["temporalSpatialTradeOffCapability"].setBool(false);
-    v["maxBitRate"].setInteger(3840);
-    v["stillImageTransmission"].setBool(false);
-}
-
-void h263(Slot dataType) {
-    Slot v = dataType.choose("videoData").choose("h263VideoCapability");
-    v["qcifMPI"].setInteger(2);
-    v["maxBitRate"].setInteger(1920);
-    for (const char* flag : {"unrestrictedVector", "arithmeticCoding", "advancedPrediction", "pbFrames",
-                             "temporalSpatialTradeOffCapability"})
-        v[flag].setBool(false);
+// An OpenLogicalChannel request for `codec` towards `media`, with a reverse
+// direction of the same codec when asked.
+Pdu channel(unsigned lcn, const char* codec, int frames, MediaAddress media, bool reverse = true) {
+    Channel c;
+    c.lcn = lcn;
+    c.forward = {codec, frames, media};
+    c.hasReverse = reverse;
+    c.reverse = {codec, frames, MediaAddress::ipv4("10.0.0.5", 49170)};
+    return pdu(channeltest::openLogicalChannelRequest(c));
 }
 
 Slot openLogicalChannel(Slot message, int channel) {
     Slot olc = message.choose("request").choose("openLogicalChannel");
     olc["forwardLogicalChannelNumber"].setInteger(channel);
     return olc;
-}
-
-// An OpenLogicalChannel whose forward (and, given `reverse`, reverse)
-// direction carries `dataType` over H.225.0 with the given media address.
-void channel(Slot message, int number, const std::function<void(Slot)>& dataType,
-             const std::function<void(Slot)>& mediaChannel, bool reverse) {
-    Slot olc = openLogicalChannel(message, number);
-    Slot forward = olc["forwardLogicalChannelParameters"];
-    dataType(forward["dataType"]);
-    Slot params = forward["multiplexParameters"].choose("h2250LogicalChannelParameters");
-    params["sessionID"].setInteger(number);
-    mediaChannel(params["mediaChannel"]);
-    if (!reverse) return;
-    Slot back = olc["reverseLogicalChannelParameters"];
-    dataType(back["dataType"]);
-    h2250(back["multiplexParameters"], number, 49170);
-}
-
-auto unicast(int port) {
-    return [port](Slot s) { ipv4(s, {192, 168, 1, 20}, port); };
-}
-
-auto codec(const char* name, int frames) {
-    return [name, frames](Slot s) { audio(s, name, frames); };
-}
-
-void openLogicalChannelAck(Slot message, bool forwardAck, bool reverse) {
-    Slot ack = message.choose("response").choose("openLogicalChannelAck");
-    ack["forwardLogicalChannelNumber"].setInteger(101);
-    if (reverse) {
-        Slot back = ack["reverseLogicalChannelParameters"];
-        back["reverseLogicalChannelNumber"].setInteger(102);
-        h2250(back["multiplexParameters"], 1, 40000);
-    }
-    if (forwardAck) {
-        Slot p = ack["forwardMultiplexAckParameters"].choose("h2250LogicalChannelAckParameters");
-        p["sessionID"].setInteger(1);
-        ipv4(p["mediaChannel"], {10, 1, 6, 18}, 2006);
-        ipv4(p["mediaControlChannel"], {10, 1, 6, 18}, 2007);
-    }
-}
-
-void capabilityEntry(Slot table, int number, const std::function<void(Slot)>& capability) {
-    Slot entry = table.append();
-    entry["capabilityTableEntryNumber"].setInteger(number);
-    capability(entry["capability"]);
 }
 
 void terminalCapabilitySet(Slot message) {
@@ -144,135 +64,123 @@ void terminalCapabilitySet(Slot message) {
     h223["maximumDelayJitter"].setInteger(200);
     h223["h223MultiplexTableCapability"].choose("basic").present();
     Slot table = tcs["capabilityTable"];
-    capabilityEntry(table, 1, [](Slot c) { c.choose("receiveAudioCapability").choose("g711Alaw64k").setInteger(240); });
-    capabilityEntry(table, 2, [](Slot c) { c.choose("receiveAudioCapability").choose("g711Ulaw64k").setInteger(240); });
-    capabilityEntry(table, 3, [](Slot c) { c.choose("receiveAudioCapability").choose("g729AnnexA").setInteger(6); });
-    capabilityEntry(table, 4, [](Slot c) { c.choose("transmitAudioCapability").choose("g729wAnnexB").setInteger(6); });
-    capabilityEntry(table, 5, [](Slot c) {
-        Slot h261 = c.choose("receiveVideoCapability").choose("h261VideoCapability");
-        h261["cifMPI"].setInteger(1);
-        h261["temporalSpatialTradeOffCapability"].setBool(true);
-        h261["maxBitRate"].setInteger(6000);
-        h261["stillImageTransmission"].setBool(false);
-    });
+    auto entry = [&table](int number) {
+        Slot e = table.append();
+        e["capabilityTableEntryNumber"].setInteger(number);
+        return e["capability"];
+    };
+    entry(1).choose("receiveAudioCapability").choose("g711Alaw64k").setInteger(240);
+    entry(2).choose("receiveAudioCapability").choose("g711Ulaw64k").setInteger(240);
+    entry(3).choose("receiveAudioCapability").choose("g729AnnexA").setInteger(6);
+    entry(4).choose("transmitAudioCapability").choose("g729wAnnexB").setInteger(6);
+    Slot h261 = entry(5).choose("receiveVideoCapability").choose("h261VideoCapability");
+    h261["cifMPI"].setInteger(1);
+    h261["temporalSpatialTradeOffCapability"].setBool(true);
+    h261["maxBitRate"].setInteger(6000);
+    h261["stillImageTransmission"].setBool(false);
     Slot descriptor = tcs["capabilityDescriptors"].append();
     descriptor["capabilityDescriptorNumber"].setInteger(0);
     Slot simultaneous = descriptor["simultaneousCapabilities"];
     Slot audioSet = simultaneous.append();
-    for (int entry : {1, 2, 3}) audioSet.append().setInteger(entry);
+    for (int e : {1, 2, 3}) audioSet.append().setInteger(e);
     simultaneous.append().append().setInteger(5);
 }
 
-struct Sample {
-    std::string name;
-    std::function<void(Slot)> build;
-};
+// The messages of a call, the traffic generator's channel messages among
+// them, and one of each other kind the tables describe.
+std::vector<Sample> samples() {
+    const MediaAddress unicast = MediaAddress::ipv4("192.168.1.20", 5000);
+    return {
+        {"OLC G.711 A-law, forward only, RTCP only",
+         build([](Slot m) {
+             Slot forward = openLogicalChannel(m, 101)["forwardLogicalChannelParameters"];
+             forward["dataType"].choose("audioData").choose("g711Alaw64k").setInteger(30);
+             Slot p = forward["multiplexParameters"].choose("h2250LogicalChannelParameters");
+             p["sessionID"].setInteger(1);
+             p["mediaGuaranteedDelivery"].setBool(false);
+             Slot rtcp = p["mediaControlChannel"].choose("unicastAddress").choose("iPAddress");
+             rtcp["network"].setBytes("\x0a\x01\x03\x8f");
+             rtcp["tsapIdentifier"].setInteger(5001);
+             p["silenceSuppression"].setBool(true);
+         })},
+        {"OLC G.711 A-law, forward only", channel(1, "g711Alaw64k", 20, unicast, false)},
+        {"OLC G.711 u-law with reverse", channel(2, "g711Ulaw64k", 20, unicast)},
+        {"OLC G.723.1 with reverse", channel(4, "g7231", 1, unicast)},
+        {"OLC G.729 Annex A and B, an extension", channel(8, "g729AnnexAwAnnexB", 3, unicast)},
+        {"OLC GSM full rate, an extension",
+         build([](Slot m) {
+             Slot forward = openLogicalChannel(m, 9)["forwardLogicalChannelParameters"];
+             Slot c = forward["dataType"].choose("audioData").choose("gsmFullRate");
+             c["audioUnitSize"].setInteger(33);
+             c["comfortNoise"].setBool(false);
+             c["scrambled"].setBool(false);
+             forward["multiplexParameters"].choose("h2250LogicalChannelParameters")["sessionID"].setInteger(1);
+         })},
+        {"OLC H.261 with reverse", channel(12, "h261", 0, unicast)},
+        {"OLC H.263 with reverse", channel(14, "h263", 0, unicast)},
+        {"OLC IPv6 media channel with reverse", channel(16, "g711Alaw64k", 20, {MediaAddress::Ipv6, "", 6002})},
+        {"OLC multicast media channel with reverse", channel(18, "g7231", 1, {MediaAddress::Multicast, "239.1.2.3", 7002})},
+        {"OLC without media channel", channel(19, "g711Ulaw64k", 20, {}, false)},
+        {"OLCAck with forward multiplex ack only", pdu(channeltest::openLogicalChannelAck(101, unicast, {}))},
+        {"OLCAck with reverse only", pdu(channeltest::openLogicalChannelAck(101, {}, unicast))},
+        {"OLCReject, an extension cause",
+         build([](Slot m) {
+             Slot r = m.choose("response").choose("openLogicalChannelReject");
+             r["forwardLogicalChannelNumber"].setInteger(3);
+             r["cause"].choose("masterSlaveConflict").present();
+         })},
+        {"UserInputIndication alphanumeric", pdu(channeltest::userInputAlphanumeric("1234#*"))},
+        {"TerminalCapabilitySet", build(terminalCapabilitySet)},
+        {"TerminalCapabilitySetAck",
+         build([](Slot m) { m.choose("response").choose("terminalCapabilitySetAck")["sequenceNumber"].setInteger(1); })},
+        {"MasterSlaveDetermination", pdu(channeltest::masterSlaveDetermination())},
+        {"MasterSlaveDeterminationAck",
+         build([](Slot m) {
+             m.choose("response").choose("masterSlaveDeterminationAck")["decision"].choose("slave").present();
+         })},
+        {"CloseLogicalChannel",
+         build([](Slot m) {
+             Slot c = m.choose("request").choose("closeLogicalChannel");
+             c["forwardLogicalChannelNumber"].setInteger(101);
+             c["source"].choose("lcse").present();
+         })},
+        {"RequestMode G.711",
+         build([](Slot m) {
+             Slot r = m.choose("request").choose("requestMode");
+             r["sequenceNumber"].setInteger(7);
+             r["requestedModes"].append().append()["type"].choose("audioMode").choose("g711Ulaw64k").present();
+         })},
+        {"MiscellaneousCommand fast update",
+         build([](Slot m) {
+             Slot c = m.choose("command").choose("miscellaneousCommand");
+             c["logicalChannelNumber"].setInteger(11);
+             c["type"].choose("videoFastUpdatePicture").present();
+         })},
+        {"EndSessionCommand disconnect",
+         build([](Slot m) { m.choose("command").choose("endSessionCommand").choose("disconnect").present(); })},
+        {"FunctionNotUnderstood returning a request",
+         build([](Slot m) {
+             Slot msd = m.choose("indication").choose("functionNotUnderstood").choose("request").choose(
+                 "masterSlaveDetermination");
+             msd["terminalType"].setInteger(50);
+             msd["statusDeterminationNumber"].setInteger(16777215);
+         })},
+    };
+}
 
-const std::vector<Sample> kSamples = {
-    {"OLC G.711 A-law, forward only, RTCP only",
-     [](Slot m) {
-         Slot forward = openLogicalChannel(m, 101)["forwardLogicalChannelParameters"];
-         audio(forward["dataType"], "g711Alaw64k", 30);
-         Slot p = forward["multiplexParameters"].choose("h2250LogicalChannelParameters");
-         p["sessionID"].setInteger(1);
-         p["mediaGuaranteedDelivery"].setBool(false);
-         ipv4(p["mediaControlChannel"], {10, 1, 3, 143}, 5001);
-         p["silenceSuppression"].setBool(true);
-     }},
-    {"OLC G.711 A-law, forward only", [](Slot m) { channel(m, 1, codec("g711Alaw64k", 20), unicast(5000), false); }},
-    {"OLC G.711 u-law with reverse", [](Slot m) { channel(m, 2, codec("g711Ulaw64k", 20), unicast(5002), true); }},
-    {"OLC G.723.1", [](Slot m) { channel(m, 3, g7231, unicast(5004), false); }},
-    {"OLC G.723.1 with reverse", [](Slot m) { channel(m, 4, g7231, unicast(5006), true); }},
-    {"OLC G.729", [](Slot m) { channel(m, 5, codec("g729", 2), unicast(5008), false); }},
-    {"OLC G.729 Annex A", [](Slot m) { channel(m, 6, codec("g729AnnexA", 2), unicast(5010), true); }},
-    {"OLC G.729 Annex B, an extension", [](Slot m) { channel(m, 7, codec("g729wAnnexB", 2), unicast(5012), false); }},
-    {"OLC G.729 Annex A and B, an extension",
-     [](Slot m) { channel(m, 8, codec("g729AnnexAwAnnexB", 3), unicast(5014), true); }},
-    {"OLC GSM full rate, an extension", [](Slot m) { channel(m, 9, gsmFullRate, unicast(5016), false); }},
-    {"OLC G.722", [](Slot m) { channel(m, 10, codec("g722_64k", 20), unicast(5018), false); }},
-    {"OLC H.261", [](Slot m) { channel(m, 11, h261, unicast(5020), false); }},
-    {"OLC H.261 with reverse", [](Slot m) { channel(m, 12, h261, unicast(5022), true); }},
-    {"OLC H.263", [](Slot m) { channel(m, 13, h263, unicast(5024), false); }},
-    {"OLC H.263 with reverse", [](Slot m) { channel(m, 14, h263, unicast(5026), true); }},
-    {"OLC IPv6 media channel",
-     [](Slot m) { channel(m, 15, codec("g711Ulaw64k", 20), [](Slot s) { ipv6(s, 6000); }, false); }},
-    {"OLC IPv6 media channel with reverse",
-     [](Slot m) { channel(m, 16, codec("g711Alaw64k", 20), [](Slot s) { ipv6(s, 6002); }, true); }},
-    {"OLC multicast media channel",
-     [](Slot m) { channel(m, 17, codec("g711Ulaw64k", 20), [](Slot s) { multicastIpv4(s, 7000); }, false); }},
-    {"OLC multicast media channel with reverse",
-     [](Slot m) { channel(m, 18, g7231, [](Slot s) { multicastIpv4(s, 7002); }, true); }},
-    {"OLCAck with forward multiplex ack", [](Slot m) { openLogicalChannelAck(m, true, false); }},
-    {"OLCAck without forward multiplex ack", [](Slot m) { openLogicalChannelAck(m, false, false); }},
-    {"OLCAck with reverse and forward multiplex ack", [](Slot m) { openLogicalChannelAck(m, true, true); }},
-    {"OLCAck with reverse only", [](Slot m) { openLogicalChannelAck(m, false, true); }},
-    {"OLCReject, an extension cause",
-     [](Slot m) {
-         Slot r = m.choose("response").choose("openLogicalChannelReject");
-         r["forwardLogicalChannelNumber"].setInteger(3);
-         r["cause"].choose("masterSlaveConflict").present();
-     }},
-    {"UserInputIndication alphanumeric",
-     [](Slot m) { m.choose("indication").choose("userInput").choose("alphanumeric").setText("1234#*"); }},
-    {"TerminalCapabilitySet", terminalCapabilitySet},
-    {"TerminalCapabilitySetAck",
-     [](Slot m) { m.choose("response").choose("terminalCapabilitySetAck")["sequenceNumber"].setInteger(1); }},
-    {"MasterSlaveDetermination",
-     [](Slot m) {
-         Slot msd = m.choose("request").choose("masterSlaveDetermination");
-         msd["terminalType"].setInteger(60);
-         msd["statusDeterminationNumber"].setInteger(16777215);
-     }},
-    {"MasterSlaveDeterminationAck",
-     [](Slot m) { m.choose("response").choose("masterSlaveDeterminationAck")["decision"].choose("slave").present(); }},
-    {"CloseLogicalChannel",
-     [](Slot m) {
-         Slot c = m.choose("request").choose("closeLogicalChannel");
-         c["forwardLogicalChannelNumber"].setInteger(101);
-         c["source"].choose("lcse").present();
-     }},
-    {"RequestMode G.711",
-     [](Slot m) {
-         Slot r = m.choose("request").choose("requestMode");
-         r["sequenceNumber"].setInteger(7);
-         r["requestedModes"].append().append()["type"].choose("audioMode").choose("g711Ulaw64k").present();
-     }},
-    {"MiscellaneousCommand fast update",
-     [](Slot m) {
-         Slot c = m.choose("command").choose("miscellaneousCommand");
-         c["logicalChannelNumber"].setInteger(11);
-         c["type"].choose("videoFastUpdatePicture").present();
-     }},
-    {"EndSessionCommand disconnect",
-     [](Slot m) { m.choose("command").choose("endSessionCommand").choose("disconnect").present(); }},
-    {"FunctionNotUnderstood returning a request",
-     [](Slot m) {
-         Slot returned = m.choose("indication").choose("functionNotUnderstood");
-         Slot msd = returned.choose("request").choose("masterSlaveDetermination");
-         msd["terminalType"].setInteger(50);
-         msd["statusDeterminationNumber"].setInteger(1);
-     }},
-};
-
-// Encodes each sample, decodes it again, and expects tshark to read every
-// one as the toolkit does.
+// Decodes each sample and expects tshark to read every one as the toolkit does.
 void expectReadAlike(const std::vector<Sample>& samples) {
     std::vector<Pdu> pdus;
     std::vector<std::string> toolkit;
     per::Decoder decoder;
     for (const Sample& sample : samples) {
-        per::Builder b(h245::MultimediaSystemControlMessage);
-        sample.build(b.root());
-        Pdu wire;
-        ASSERT_TRUE(per::encode(b.value(), wire)) << sample.name;
-        per::Value decoded = decoder.decode(h245::MultimediaSystemControlMessage, wire.data(), wire.size());
+        per::Value decoded = decoder.decode(h245::MultimediaSystemControlMessage, sample.pdu.data(), sample.pdu.size());
         ASSERT_TRUE(decoded) << sample.name;
         FieldCollector fields;
         fields.collect(decoded);
         toolkit.push_back(fields.text());
-        pdus.push_back(std::move(wire));
+        pdus.push_back(sample.pdu);
     }
-
     std::vector<TsharkPacket> tshark = tsharkReadH245(pdus);
     ASSERT_EQ(tshark.size(), pdus.size());
     for (size_t i = 0; i < pdus.size(); ++i) EXPECT_EQ(toolkit[i], tshark[i].fields) << samples[i].name;
@@ -305,7 +213,7 @@ void fillSmallest(Slot s, const per::Type& t) {
 
 TEST(H245Oracle, EveryBuiltMessageReadsTheSameThroughTheToolkitAndTshark) {
     if (!haveTshark()) GTEST_SKIP() << "tshark or text2pcap not installed";
-    expectReadAlike(kSamples);
+    expectReadAlike(samples());
 }
 
 // The media description names a channel's codec by its alternative's name:
@@ -318,12 +226,11 @@ TEST(H245Oracle, EveryCodecAlternativeReadsWithTsharksNameAndIndex) {
     for (auto [media, codecs] : kMedia) {
         for (const per::Component& codec : std::vector(codecs->components, codecs->components + codecs->count)) {
             if (codec.type->kind == per::Kind::Open) continue;
-            samples.push_back({codec.name, [media = media, codec](Slot m) {
+            samples.push_back({codec.name, build([media = media, codec](Slot m) {
                                    Slot forward = openLogicalChannel(m, 1)["forwardLogicalChannelParameters"];
                                    fillSmallest(forward["dataType"].choose(media).choose(codec.name), *codec.type);
-                                   Slot h2250 = forward["multiplexParameters"].choose("h2250LogicalChannelParameters");
-                                   h2250["sessionID"].setInteger(1);
-                               }});
+                                   forward["multiplexParameters"].choose("h2250LogicalChannelParameters")["sessionID"].setInteger(1);
+                               })});
         }
     }
     EXPECT_EQ(samples.size(), 31u);

@@ -1,5 +1,7 @@
 #include "Messages.h"
 
+#include <arpa/inet.h>
+
 #include "Bytes.h"
 #include "h323/H225.h"
 
@@ -36,6 +38,11 @@ Message Signal::message(std::string name) {
     return {std::move(name), q931_.encode()};
 }
 
+std::string Signal::encoded() {
+    std::vector<uint8_t> wire = message("").bytes;
+    return std::string(wire.begin(), wire.end());
+}
+
 void setEndpoint(Builder::Slot e) {
     Builder::Slot vendor = e["vendor"];
     vendor["vendor"]["t35CountryCode"].setInteger(181);
@@ -48,20 +55,15 @@ void setEndpoint(Builder::Slot e) {
     e["undefinedNode"].setBool(false);
 }
 
+std::string ipv4Octets(const char* dotted) {
+    in_addr a{};
+    inet_pton(AF_INET, dotted, &a);
+    return std::string(reinterpret_cast<const char*>(&a), sizeof a);
+}
+
 void setIpv4(Builder::Slot transportAddress, const char* dotted, unsigned port) {
-    std::string ip;
-    unsigned part = 0;
-    for (const char* p = dotted;; ++p) {
-        if (*p == '.' || *p == '\0') {
-            ip += char(part);
-            part = 0;
-            if (!*p) break;
-        } else {
-            part = part * 10 + unsigned(*p - '0');
-        }
-    }
     Builder::Slot a = transportAddress.choose("ipAddress");
-    a["ip"].setBytes(ip);
+    a["ip"].setBytes(ipv4Octets(dotted));
     a["port"].setInteger(port);
 }
 
@@ -279,14 +281,9 @@ std::vector<Message> signallingMessages() {
     return all;
 }
 
-std::vector<uint8_t> tpkt(const std::vector<uint8_t>& payload) {
-    size_t n = payload.size() + 4;
-    std::vector<uint8_t> out(n);
-    out[0] = 3;
-    out[2] = uint8_t(n >> 8);
-    out[3] = uint8_t(n);
-    std::copy(payload.begin(), payload.end(), out.begin() + 4);
-    return out;
+std::string tpkt(std::string_view pdu) {
+    const size_t n = pdu.size() + 4;
+    return std::string{char(3), char(0), char(n >> 8), char(n & 0xFF)}.append(pdu);
 }
 
 }  // namespace h323::test

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "h323/Per.h"
@@ -27,6 +28,7 @@ public:
     per::Builder::Slot body() { return pdu()["h323_message_body"].chosen(); }
     Q931& q931() { return q931_; }
     Message message(std::string name);
+    std::string encoded();   // message() without a name
 
 private:
     Q931 q931_;
@@ -36,6 +38,7 @@ private:
 // Common contents.
 void setEndpoint(per::Builder::Slot endpointType);
 void setIpv4(per::Builder::Slot transportAddress, const char* dotted, unsigned port);
+std::string ipv4Octets(const char* dotted);
 std::string guid(uint8_t seed);
 extern const char* const kProtocolIdentifier;
 
@@ -58,7 +61,7 @@ void setCallId(per::Builder::Slot uuie, uint8_t seed);
 std::vector<Message> signallingMessages();
 
 // RFC 1006 framing.
-std::vector<uint8_t> tpkt(const std::vector<uint8_t>& payload);
+std::string tpkt(std::string_view pdu);
 
 }  // namespace h323::test
 

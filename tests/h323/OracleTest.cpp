@@ -15,7 +15,10 @@ TEST(SignallingOracle, EveryBuiltMessageReadsTheSameInTheToolkitAndInTshark) {
     if (!haveTshark()) GTEST_SKIP() << "tshark and text2pcap are needed for the oracle";
     std::vector<Message> messages = signallingMessages();
     std::vector<std::vector<uint8_t>> payloads;
-    for (const Message& m : messages) payloads.push_back(tpkt(m.bytes));
+    for (const Message& m : messages) {
+        std::string framed = tpkt(view(m.bytes));
+        payloads.emplace_back(framed.begin(), framed.end());
+    }
     auto rows = tsharkFields(writeCapture(payloads, "q931.tpkt"), kSignallingFields);
     ASSERT_EQ(rows.size(), messages.size());
 

@@ -10,9 +10,7 @@
 
 namespace h323::test {
 
-namespace {
-
-std::string run(const std::string& command) {
+std::string commandOutput(const std::string& command) {
     std::string out;
     if (FILE* p = popen(command.c_str(), "r")) {
         char buf[4096];
@@ -22,6 +20,8 @@ std::string run(const std::string& command) {
     }
     return out;
 }
+
+namespace {
 
 std::string tempDir() {
     static std::string dir = [] {
@@ -61,7 +61,7 @@ std::string writeCapture(const std::vector<std::vector<uint8_t>>& payloads, cons
             text << "\n\n";
         }
     }
-    run("text2pcap -q -P " + dissector + " " + base + ".txt " + base + ".pcap 2>/dev/null");
+    commandOutput("text2pcap -q -P " + dissector + " " + base + ".txt " + base + ".pcap 2>/dev/null");
     return base + ".pcap";
 }
 
@@ -70,7 +70,7 @@ std::vector<std::vector<std::string>> tsharkFields(const std::string& pcap, cons
     std::string command = "tshark -r " + pcap + " -T fields -E occurrence=a -E aggregator=,";
     for (const std::string& f : fields) command += " -e " + f;
     if (!filter.empty()) command += " -Y '" + filter + "'";
-    std::istringstream out(run(command + " 2>/dev/null"));
+    std::istringstream out(commandOutput(command + " 2>/dev/null"));
     std::vector<std::vector<std::string>> rows;
     for (std::string line; std::getline(out, line);) {
         std::vector<std::string> row;

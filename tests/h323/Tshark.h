@@ -14,6 +14,9 @@ namespace h323::test {
 
 bool haveTshark();
 
+// What a shell command writes to its standard output.
+std::string commandOutput(const std::string& command);
+
 // Runs tshark with `-T fields -e F...` over a capture and returns, per
 // packet, the value of each field (occurrences joined by ',').
 std::vector<std::vector<std::string>> tsharkFields(const std::string& pcap, const std::vector<std::string>& fields,

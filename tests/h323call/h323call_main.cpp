@@ -17,6 +17,7 @@
 #include <thread>
 #include <unistd.h>
 
+#include "Messages.h"
 #include "SyntheticCall.h"
 
 namespace {
@@ -69,7 +70,7 @@ struct TcpPair {
         close(callee);
     }
     void send(const h323call::Step& step) const {
-        const std::string frame = h323call::tpkt(step.pdu);
+        const std::string frame = h323::test::tpkt(step.pdu);
         const int from = step.direction == h323call::Step::CallerToCallee ? caller : callee;
         if (::send(from, frame.data(), frame.size(), 0) != ssize_t(frame.size()))
             fail("send");
