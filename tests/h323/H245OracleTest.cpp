@@ -10,6 +10,7 @@
 #include "ChannelMessages.h"
 #include "H245Oracle.h"
 #include "Tshark.h"
+#include "ValueGenerator.h"
 #include "h323/H245.h"
 
 namespace h323::test {
@@ -186,31 +187,6 @@ void expectReadAlike(const std::vector<Sample>& samples) {
     for (size_t i = 0; i < pdus.size(); ++i) EXPECT_EQ(toolkit[i], tshark[i].fields) << samples[i].name;
 }
 
-// The smallest value of a type: mandatory components only, lower bounds,
-// first alternatives.
-void fillSmallest(Slot s, const per::Type& t) {
-    size_t lower = size_t(std::max<int64_t>(t.range.lower, 0));
-    switch (t.kind) {
-    case per::Kind::Null: s.present(); break;
-    case per::Kind::Boolean: s.setBool(false); break;
-    case per::Kind::Integer: s.setInteger(t.range.hasLower() ? t.range.lower : 0); break;
-    case per::Kind::ObjectIdentifier: s.setOid("0.0.8.245"); break;
-    case per::Kind::OctetString: s.setBytes(std::string(lower, '\0')); break;
-    case per::Kind::BitString: s.setBits(std::string((lower + 7) / 8, '\0'), int64_t(lower)); break;
-    case per::Kind::Choice: fillSmallest(s.choose(t.components[0].name), *t.components[0].type); break;
-    case per::Kind::SequenceOf:
-        for (size_t i = 0; i < lower; ++i) fillSmallest(s.append(), *t.element);
-        break;
-    case per::Kind::Sequence:
-        s.present();
-        for (size_t i = 0; i < t.count; ++i)
-            if (!t.components[i].optional() && !t.components[i].addition())
-                fillSmallest(s[t.components[i].name], *t.components[i].type);
-        break;
-    default: s.setText(std::string(lower, t.alphabet ? t.alphabet[0] : '0')); break;
-    }
-}
-
 TEST(H245Oracle, EveryBuiltMessageReadsTheSameThroughTheToolkitAndTshark) {
     if (!haveTshark()) GTEST_SKIP() << "tshark or text2pcap not installed";
     expectReadAlike(samples());
@@ -223,13 +199,18 @@ TEST(H245Oracle, EveryCodecAlternativeReadsWithTsharksNameAndIndex) {
     std::vector<Sample> samples;
     const std::pair<const char*, const per::Type*> kMedia[] = {{"audioData", &h245::AudioCapability},
                                                                {"videoData", &h245::VideoCapability}};
-    for (auto [media, codecs] : kMedia) {
-        for (const per::Component& codec : std::vector(codecs->components, codecs->components + codecs->count)) {
+    for (const auto& media : kMedia) {
+        for (size_t i = 0; i < media.second->count; ++i) {
+            const per::Component& codec = media.second->components[i];
             if (codec.type->kind == per::Kind::Open) continue;
-            samples.push_back({codec.name, build([media = media, codec](Slot m) {
+            per::ValueGenerator values(samples.size() + 1);
+            samples.push_back({codec.name, build([&](Slot m) {
                                    Slot forward = openLogicalChannel(m, 1)["forwardLogicalChannelParameters"];
-                                   fillSmallest(forward["dataType"].choose(media).choose(codec.name), *codec.type);
-                                   forward["multiplexParameters"].choose("h2250LogicalChannelParameters")["sessionID"].setInteger(1);
+                                   Slot chosen = forward["dataType"].choose(media.first).choose(codec.name);
+                                   // Mandatory parts only, at random within their constraints.
+                                   values.fill(chosen, *codec.type, per::kFullDepth + 1);
+                                   Slot h2250 = forward["multiplexParameters"].choose("h2250LogicalChannelParameters");
+                                   h2250["sessionID"].setInteger(1);
                                })});
         }
     }
