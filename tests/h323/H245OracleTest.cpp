@@ -17,7 +17,6 @@ namespace h323::test {
 namespace {
 
 using Slot = per::Builder::Slot;
-using channeltest::Channel;
 using channeltest::MediaAddress;
 
 struct Sample {
@@ -38,12 +37,8 @@ Pdu pdu(const std::string& octets) { return Pdu(octets.begin(), octets.end()); }
 // An OpenLogicalChannel request for `codec` towards `media`, with a reverse
 // direction of the same codec when asked.
 Pdu channel(unsigned lcn, const char* codec, int frames, MediaAddress media, bool reverse = true) {
-    Channel c;
-    c.lcn = lcn;
-    c.forward = {codec, frames, media};
-    c.hasReverse = reverse;
-    c.reverse = {codec, frames, MediaAddress::ipv4("10.0.0.5", 49170)};
-    return pdu(channeltest::openLogicalChannelRequest(c));
+    return pdu(channeltest::openLogicalChannelRequest(
+        {lcn, {codec, frames, media}, reverse, {codec, frames, MediaAddress::ipv4("10.0.0.5", 49170)}}));
 }
 
 Slot openLogicalChannel(Slot message, int channel) {

@@ -6,6 +6,7 @@
 #include <sstream>
 #include <unistd.h>
 
+#include "Bytes.h"
 #include "h323/Text.h"
 
 namespace h323::test {
@@ -47,17 +48,9 @@ std::string writeCapture(const std::vector<std::vector<uint8_t>>& payloads, cons
     std::string base = tempDir() + "/capture" + std::to_string(serial++);
     {
         std::ofstream text(base + ".txt");
-        for (const auto& p : payloads) {
-            for (size_t i = 0; i < p.size(); ++i) {
-                if (i % 16 == 0) {
-                    char offset[32];
-                    std::snprintf(offset, sizeof offset, "%s%06zx", i ? "\n" : "", i);
-                    text << offset;
-                }
-                char b[4];
-                std::snprintf(b, sizeof b, " %02x", p[i]);
-                text << b;
-            }
+        for (const auto& p : payloads) {   // a packet a line, from offset 0
+            text << "000000";
+            for (uint8_t b : p) text << ' ' << hex({b});
             text << "\n\n";
         }
     }

@@ -17,12 +17,7 @@ namespace {
 constexpr uint8_t kSeed = 0x45;  // guid and call reference 0x1000 + seed of the test messages
 
 Channel audioChannel(unsigned lcn, const MediaAddress& forward, const MediaAddress& reverse) {
-    Channel c;
-    c.lcn = lcn;
-    c.forward = {"g711Ulaw64k", 20, forward};
-    c.hasReverse = true;
-    c.reverse = {"g711Ulaw64k", 20, reverse};
-    return c;
+    return {lcn, {"g711Ulaw64k", 20, forward}, true, {"g711Ulaw64k", 20, reverse}};
 }
 
 }  // namespace

@@ -38,12 +38,8 @@ protected:
                                 inet_addr(to.ip), from.port, to.port, text);
     }
     static Channel g711Both(unsigned lcn) {
-        Channel c;
-        c.lcn = lcn;
-        c.forward.media = MediaAddress::ipv4("10.0.0.5", 49170);
-        c.hasReverse = true;
-        c.reverse.media = MediaAddress::ipv4("10.0.0.5", 49172);
-        return c;
+        return {lcn, {"g711Ulaw64k", 20, MediaAddress::ipv4("10.0.0.5", 49170)}, true,
+                {"g711Ulaw64k", 20, MediaAddress::ipv4("10.0.0.5", 49172)}};
     }
     // Announces 10.0.0.2:40001 as the H.245 address of call 4097 in a Connect.
     void connectWithH245Address() {
@@ -78,10 +74,7 @@ TEST_F(H323ParserTest, FastStartSetupDescribesCallPartiesAndEachProposal) {
     h323::test::setIpv4(s.body()["h245Address"], "10.0.0.1", 1721);
     h323::per::Builder::Slot fastStart = s.body()["fastStart"];
     fastStart.append().setBytes(openLogicalChannel(g711Both(1)));
-    Channel g729;
-    g729.lcn = 2;
-    g729.forward = {"g729", 2, MediaAddress::ipv4("10.0.0.5", 49174)};
-    fastStart.append().setBytes(openLogicalChannel(g729));
+    fastStart.append().setBytes(openLogicalChannel({2, {"g729", 2, MediaAddress::ipv4("10.0.0.5", 49174)}}));
     fastStart.append().setBytes("\xff");  // not an OpenLogicalChannel
 
     ASSERT_TRUE(describe(s.encoded()));
@@ -184,26 +177,27 @@ TEST_F(H323ParserTest, EmptyFacilityDescribesItsTunnelledChannelsWithoutMapLooku
 TEST_F(H323ParserTest, ChannelDescriptionsFollowTheCodecAndMediaRules) {
     connectWithH245Address();
     const Endpoint h245Peer{"10.0.0.1", 33000};
-    Channel video;
-    video.lcn = 4;
-    video.forward = {"h261", 0, MediaAddress::ipv4("10.0.0.5", 49180)};
-    ASSERT_TRUE(describe(openLogicalChannelRequest(video), h245Peer, kCallee));
-    EXPECT_EQ(text, "t:130\nr:4097\nm:4:rtp:10.0.0.5 49180\n");
-
-    Channel g7231;
-    g7231.lcn = 5;
-    g7231.forward = {"g7231", 4, MediaAddress{MediaAddress::Ipv6, "", 49182}};
-    ASSERT_TRUE(describe(openLogicalChannelRequest(g7231), h245Peer, kCallee));
-    EXPECT_EQ(text, "t:130\nr:4097\nm:5:fcodec:g7231 0,\n");
-    EXPECT_TRUE(log.contains("DEBUG", "MediaChannel address is not IPv4. iP6Address is not supported"));
-
-    Channel multicast;
-    multicast.lcn = 6;
-    multicast.forward = {"g711Alaw64k", 30, MediaAddress{MediaAddress::Multicast, "224.0.1.2", 5004}};
-    ASSERT_TRUE(describe(openLogicalChannelRequest(multicast), h245Peer, kCallee));
-    EXPECT_EQ(text, "t:130\nr:4097\nm:6:fcodec:g711Alaw64k 30,\n");
-    EXPECT_TRUE(log.contains("DEBUG", "MediaChannel Address is not Unicast. multicastAddress is not supported"));
-
+    const struct {
+        Direction forward;
+        const char* description;
+        const char* logged;
+    } cases[] = {
+        {{"h261", 0, MediaAddress::ipv4("10.0.0.5", 49180)}, "m:4:rtp:10.0.0.5 49180\n", nullptr},
+        {{"g7231", 4, {MediaAddress::Ipv6, "", 49182}},
+         "m:5:fcodec:g7231 0,\n",
+         "MediaChannel address is not IPv4. iP6Address is not supported"},
+        {{"g711Alaw64k", 30, {MediaAddress::Multicast, "224.0.1.2", 5004}},
+         "m:6:fcodec:g711Alaw64k 30,\n",
+         "MediaChannel Address is not Unicast. multicastAddress is not supported"},
+    };
+    unsigned lcn = 4;
+    for (const auto& c : cases) {
+        ASSERT_TRUE(describe(openLogicalChannelRequest({lcn++, c.forward}), h245Peer, kCallee));
+        EXPECT_EQ(text, std::string("t:130\nr:4097\n") + c.description);
+        if (c.logged) {
+            EXPECT_TRUE(log.contains("DEBUG", c.logged));
+        }
+    }
     ASSERT_TRUE(describe(openLogicalChannelAck(7, {}, {}), kCallee, h245Peer));
     EXPECT_EQ(text, "t:131\nr:4097\na:7:\n");
 }
