@@ -151,20 +151,14 @@ struct Answer {
 };
 
 const Answer kAnswers[] = {
-    {"call proceeding", Q931::CallProceeding, "callProceeding", Plain},
     {"call proceeding with fast start", Q931::CallProceeding, "callProceeding", FastStart},
-    {"alerting with H.245 address", Q931::Alerting, "alerting", H245Address},
-    {"alerting with fast start", Q931::Alerting, "alerting", FastStart},
-    {"connect with H.245 address", Q931::Connect, "connect", H245Address},
+    {"alerting with fast start and H.245 address", Q931::Alerting, "alerting", FastStart | H245Address},
     {"connect with fast start and H.245 address", Q931::Connect, "connect", FastStart | H245Address},
     {"connect with non-IPv4 H.245 address", Q931::Connect, "connect", NetBiosH245Address},
     {"progress with fast start", Q931::Progress, "progress", FastStart},
-    {"progress", Q931::Progress, "progress", Plain},
     {"setup acknowledge", Q931::SetupAcknowledge, "setupAcknowledge", Plain},
-    {"information with digits", Q931::Information, "information", CalledDigits},
-    {"information with fast start", Q931::Information, "information", FastStart},
-    {"facility with fast start", Q931::Facility, "facility", FastStart},
-    {"facility startH245", Q931::Facility, "facility", StartH245 | H245Address},
+    {"information with digits and fast start", Q931::Information, "information", CalledDigits | FastStart},
+    {"facility startH245 with fast start", Q931::Facility, "facility", StartH245 | H245Address | FastStart},
     {"status", Q931::Status, "status", Plain},
     {"notify", Q931::Notify, "notify", Plain},
 };
