@@ -6,7 +6,6 @@
 #include <filesystem>
 
 #include "Bytes.h"
-#include "H245Oracle.h"
 #include "Tshark.h"
 #include "h323/H225.h"
 #include "h323/H245.h"
@@ -37,28 +36,24 @@ std::string withoutMessageLines(const std::string& fields) {
 }
 
 TEST_F(RealCall, EveryQ931MessageDecodesReadsAsTsharkReadsItAndIsNoH245) {
-    std::vector<std::string> asked = {"tcp.payload"};
-    asked.insert(asked.end(), kSignallingFields.begin(), kSignallingFields.end());
-    auto rows = tsharkFields(kCall, asked, "q931");
-    ASSERT_EQ(rows.size(), 4u);   // Setup, CallProceeding, Alerting, Connect
+    auto packets = tsharkRead(kCall, kSignallingFields, "q931");
+    ASSERT_EQ(packets.size(), 4u);   // Setup, CallProceeding, Alerting, Connect
     Q931 q931;
-    for (const auto& row : rows) {
-        std::vector<uint8_t> tcp = bytes(row[0]);
-        ASSERT_GT(tcp.size(), 4u);
-        std::vector<uint8_t> payload(tcp.begin() + 4, tcp.end());
-        ASSERT_TRUE(q931.decode(payload.data(), payload.size()));
+    for (const TsharkPacket& packet : packets) {
+        Pdu pdu = splitTpkt(bytes(packet.payload)).at(0);
+        ASSERT_TRUE(q931.decode(pdu.data(), pdu.size()));
         per::Value info = decoder.decode(h225::H323_UserInformation, q931.element(Q931::UserUser));
-        ASSERT_TRUE(info) << row[0];
-        EXPECT_EQ(signallingFields(q931, info), std::vector<std::string>(row.begin() + 1, row.end()));
-        EXPECT_FALSE(decoder.decode(h245::MultimediaSystemControlMessage, payload.data(), payload.size())) << row[0];
+        ASSERT_TRUE(info) << packet.payload;
+        EXPECT_EQ(signallingFields(q931, info), packet.fields);
+        EXPECT_FALSE(decoder.decode(h245::MultimediaSystemControlMessage, pdu.data(), pdu.size())) << packet.payload;
     }
 }
 
 TEST_F(RealCall, EveryH245PduOfTheCallDecodesAsTsharkReadsIt) {
-    auto packets = tsharkReadCapture(kCall, "h245");
+    auto packets = tsharkRead(kCall, kH245Fields, "h245");
     ASSERT_EQ(packets.size(), 11u);
     for (const TsharkPacket& packet : packets) {
-        FieldCollector fields;
+        FieldCollector fields(kH245Fields);
         for (const Pdu& pdu : splitTpkt(bytes(packet.payload))) {
             per::Value message = decoder.decode(h245::MultimediaSystemControlMessage, pdu.data(), pdu.size());
             ASSERT_TRUE(message) << packet.payload;
@@ -70,7 +65,7 @@ TEST_F(RealCall, EveryH245PduOfTheCallDecodesAsTsharkReadsIt) {
 
 // Fast start carries OpenLogicalChannels on their own.
 TEST_F(RealCall, AnOpenLogicalChannelDecodesOnItsOwnAsInsideItsMessage) {
-    auto packets = tsharkReadCapture(kCall, "h245.openLogicalChannel_element");
+    auto packets = tsharkRead(kCall, kH245Fields, "h245.openLogicalChannel_element");
     ASSERT_EQ(packets.size(), 2u);
     for (const TsharkPacket& packet : packets) {
         Pdu pdu = splitTpkt(bytes(packet.payload)).at(0);
@@ -79,7 +74,7 @@ TEST_F(RealCall, AnOpenLogicalChannelDecodesOnItsOwnAsInsideItsMessage) {
         ASSERT_EQ(pdu.at(0), 0x03);
         per::Value olc = decoder.decode(h245::OpenLogicalChannel, pdu.data() + 1, pdu.size() - 1);
         ASSERT_TRUE(olc);
-        FieldCollector fields;
+        FieldCollector fields(kH245Fields);
         fields.collect(olc, "/request/openLogicalChannel");
         EXPECT_EQ(fields.text(), withoutMessageLines(packet.fields));
     }

@@ -8,7 +8,6 @@
 #include <functional>
 
 #include "ChannelMessages.h"
-#include "H245Oracle.h"
 #include "Tshark.h"
 #include "ValueGenerator.h"
 #include "h323/H245.h"
@@ -172,12 +171,12 @@ void expectReadAlike(const std::vector<Sample>& samples) {
     for (const Sample& sample : samples) {
         per::Value decoded = decoder.decode(h245::MultimediaSystemControlMessage, sample.pdu.data(), sample.pdu.size());
         ASSERT_TRUE(decoded) << sample.name;
-        FieldCollector fields;
+        FieldCollector fields(kH245Fields);
         fields.collect(decoded);
         toolkit.push_back(fields.text());
         pdus.push_back(sample.pdu);
     }
-    std::vector<TsharkPacket> tshark = tsharkReadH245(pdus);
+    std::vector<TsharkPacket> tshark = tsharkRead(writeCapture(pdus, "h245dg"), kH245Fields);
     ASSERT_EQ(tshark.size(), pdus.size());
     for (size_t i = 0; i < pdus.size(); ++i) EXPECT_EQ(toolkit[i], tshark[i].fields) << samples[i].name;
 }
