@@ -34,10 +34,10 @@ Pdu build(const std::function<void(Slot)>& fill) {
 Pdu pdu(const std::string& octets) { return Pdu(octets.begin(), octets.end()); }
 
 // An OpenLogicalChannel request for `codec` towards `media`, with a reverse
-// direction of the same codec when asked.
-Pdu channel(unsigned lcn, const char* codec, int frames, MediaAddress media, bool reverse = true) {
+// direction of the same codec.
+Pdu channel(unsigned lcn, const char* codec, int frames, MediaAddress media) {
     return pdu(channeltest::openLogicalChannelRequest(
-        {lcn, {codec, frames, media}, reverse, {codec, frames, MediaAddress::ipv4("10.0.0.5", 49170)}}));
+        {lcn, {codec, frames, media}, true, {codec, frames, MediaAddress::ipv4("10.0.0.5", 49170)}}));
 }
 
 Slot openLogicalChannel(Slot message, int channel) {
@@ -98,7 +98,6 @@ std::vector<Sample> samples() {
              rtcp["tsapIdentifier"].setInteger(5001);
              p["silenceSuppression"].setBool(true);
          })},
-        {"OLC G.711 A-law, forward only", channel(1, "g711Alaw64k", 20, unicast, false)},
         {"OLC G.711 u-law with reverse", channel(2, "g711Ulaw64k", 20, unicast)},
         {"OLC G.723.1 with reverse", channel(4, "g7231", 1, unicast)},
         {"OLC G.729 Annex A and B, an extension", channel(8, "g729AnnexAwAnnexB", 3, unicast)},
@@ -115,7 +114,6 @@ std::vector<Sample> samples() {
         {"OLC H.263 with reverse", channel(14, "h263", 0, unicast)},
         {"OLC IPv6 media channel with reverse", channel(16, "g711Alaw64k", 20, {MediaAddress::Ipv6, "", 6002})},
         {"OLC multicast media channel with reverse", channel(18, "g7231", 1, {MediaAddress::Multicast, "239.1.2.3", 7002})},
-        {"OLC without media channel", channel(19, "g711Ulaw64k", 20, {}, false)},
         {"OLCAck with forward multiplex ack only", pdu(channeltest::openLogicalChannelAck(101, unicast, {}))},
         {"OLCAck with reverse only", pdu(channeltest::openLogicalChannelAck(101, {}, unicast))},
         {"OLCReject, an extension cause",

@@ -23,6 +23,7 @@ struct Endpoint {
 };
 const Endpoint kCaller{"10.0.0.1", 1720};
 const Endpoint kCallee{"10.0.0.2", 40001};
+const Endpoint kH245Peer{"10.0.0.1", 33000};   // the caller's end of the separate H.245 connection
 
 class H323ParserTest : public ::testing::Test {
 protected:
@@ -107,7 +108,7 @@ TEST_F(H323ParserTest, SetupWithoutAliasesNamesThePartiesByTheirQ931Numbers) {
 TEST_F(H323ParserTest, AnnouncedH245AddressTiesSeparateH245ToTheCall) {
     // Unknown connection: the channel is dropped and the maps dumped.
     const std::string olc = openLogicalChannelRequest(g711Both(1));
-    EXPECT_FALSE(describe(olc, {"10.0.0.1", 33000}, kCallee));
+    EXPECT_FALSE(describe(olc, kH245Peer, kCallee));
     EXPECT_TRUE(log.contains("ERROR", "Dropping pkt as received OLC does not match existing session"));
     EXPECT_TRUE(log.contains("DEBUG", "Tx IP:Port=10.0.0.1:33000\nRx IP:Port=10.0.0.2:40001"));
     EXPECT_TRUE(log.contains("DEBUG", "CallRefMap is empty"));
@@ -118,11 +119,11 @@ TEST_F(H323ParserTest, AnnouncedH245AddressTiesSeparateH245ToTheCall) {
     EXPECT_TRUE(log.contains("DEBUG", "Inserted 10.0.0.2:40001 and 4097 into H245 Map"));
 
     // Either direction of the H.245 connection finds the call.
-    ASSERT_TRUE(describe(olc, {"10.0.0.1", 33000}, kCallee));
+    ASSERT_TRUE(describe(olc, kH245Peer, kCallee));
     EXPECT_EQ(text, "t:130\nr:4097\nm:1:fcodec:g711Ulaw64k 20,rtp:10.0.0.5 49170rcodec:g711Ulaw64k 20,rtp:10.0.0.5 49172\n");
     const std::string ack =
         openLogicalChannelAck(1, MediaAddress::ipv4("10.0.0.2", 5000), MediaAddress::ipv4("10.0.0.2", 5002));
-    ASSERT_TRUE(describe(ack, kCallee, {"10.0.0.1", 33000}));
+    ASSERT_TRUE(describe(ack, kCallee, kH245Peer));
     EXPECT_EQ(text, "t:131\nr:4097\na:1:rtp:10.0.0.2 5000rtp:10.0.0.2 5002\n");
 
     // The ReleaseComplete that names the call ends its entries.
@@ -176,7 +177,6 @@ TEST_F(H323ParserTest, EmptyFacilityDescribesItsTunnelledChannelsWithoutMapLooku
 
 TEST_F(H323ParserTest, ChannelDescriptionsFollowTheCodecAndMediaRules) {
     connectWithH245Address();
-    const Endpoint h245Peer{"10.0.0.1", 33000};
     const struct {
         Direction forward;
         const char* description;
@@ -192,13 +192,13 @@ TEST_F(H323ParserTest, ChannelDescriptionsFollowTheCodecAndMediaRules) {
     };
     unsigned lcn = 4;
     for (const auto& c : cases) {
-        ASSERT_TRUE(describe(openLogicalChannelRequest({lcn++, c.forward}), h245Peer, kCallee));
+        ASSERT_TRUE(describe(openLogicalChannelRequest({lcn++, c.forward}), kH245Peer, kCallee));
         EXPECT_EQ(text, std::string("t:130\nr:4097\n") + c.description);
         if (c.logged) {
             EXPECT_TRUE(log.contains("DEBUG", c.logged));
         }
     }
-    ASSERT_TRUE(describe(openLogicalChannelAck(7, {}, {}), kCallee, h245Peer));
+    ASSERT_TRUE(describe(openLogicalChannelAck(7, {}, {}), kCallee, kH245Peer));
     EXPECT_EQ(text, "t:131\nr:4097\na:7:\n");
 }
 
