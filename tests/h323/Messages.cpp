@@ -9,9 +9,9 @@ namespace h323::test {
 
 using per::Builder;
 
-const char* const kProtocolIdentifier = "0.0.8.2250.0.4";
-
 namespace {
+
+const char* const kProtocolIdentifier = "0.0.8.2250.0.4";
 
 std::string fromHex(const char* hex) {
     std::vector<uint8_t> b = bytes(hex);
@@ -19,6 +19,30 @@ std::string fromHex(const char* hex) {
 }
 
 std::string octets(std::initializer_list<uint8_t> b) { return std::string(b.begin(), b.end()); }
+
+void setEndpoint(Builder::Slot e) {
+    Builder::Slot vendor = e["vendor"];
+    vendor["vendor"]["t35CountryCode"].setInteger(181);
+    vendor["vendor"]["t35Extension"].setInteger(0);
+    vendor["vendor"]["manufacturerCode"].setInteger(21324);
+    vendor["productId"].setBytes("voip toolkit");
+    vendor["versionId"].setBytes("1.0");
+    e["terminal"].present();
+    e["mc"].setBool(false);
+    e["undefinedNode"].setBool(false);
+}
+
+// Two real fast-start proposals (OpenLogicalChannel, G.711 A-law, each way).
+void addFastStart(Builder::Slot uuie) {
+    Builder::Slot list = uuie["fastStart"];
+    for (const char* olc : {"0000640c201d800b0d0001000a01038f138980", "00003c0c201d800a040001000a01061207d7"})
+        list.append().setBytes(fromHex(olc));
+}
+
+// Real H.245 messages, as tunnelled in h245Control.
+const char* const kTunnelledTerminalCapabilitySet =
+    "027001060008817500078013800032000100000100000100000cc001000180008000002040ef00800100000000";
+const char* const kTunnelledOpenLogicalChannel = "030000640c201d800b0d0001000a01038f138980";
 
 }  // namespace
 
@@ -43,17 +67,6 @@ std::string Signal::encoded() {
     return std::string(wire.begin(), wire.end());
 }
 
-void setEndpoint(Builder::Slot e) {
-    Builder::Slot vendor = e["vendor"];
-    vendor["vendor"]["t35CountryCode"].setInteger(181);
-    vendor["vendor"]["t35Extension"].setInteger(0);
-    vendor["vendor"]["manufacturerCode"].setInteger(21324);
-    vendor["productId"].setBytes("voip toolkit");
-    vendor["versionId"].setBytes("1.0");
-    e["terminal"].present();
-    e["mc"].setBool(false);
-    e["undefinedNode"].setBool(false);
-}
 
 std::string ipv4Octets(const char* dotted) {
     in_addr a{};
@@ -73,20 +86,9 @@ std::string guid(uint8_t seed) {
     return g;
 }
 
-std::vector<std::string> fastStartProposals() {
-    return {fromHex("0000640c201d800b0d0001000a01038f138980"), fromHex("00003c0c201d800a040001000a01061207d7")};
-}
 
-std::string tunnelledTerminalCapabilitySet() {
-    return fromHex("027001060008817500078013800032000100000100000100000cc001000180008000002040ef00800100000000");
-}
 
-std::string tunnelledOpenLogicalChannel() { return fromHex("030000640c201d800b0d0001000a01038f138980"); }
 
-void addFastStart(Builder::Slot uuie) {
-    Builder::Slot list = uuie["fastStart"];
-    for (const std::string& olc : fastStartProposals()) list.append().setBytes(olc);
-}
 
 void setCallId(Builder::Slot uuie, uint8_t seed) { uuie["callIdentifier"]["guid"].setBytes(guid(seed)); }
 
@@ -240,8 +242,8 @@ std::vector<Message> signallingMessages() {
         Signal s(Q931::Facility, "empty", 0x1100 + n, n == 2);
         s.pdu()["h245Tunneling"].setBool(true);
         Builder::Slot control = s.pdu()["h245Control"];
-        control.append().setBytes(tunnelledTerminalCapabilitySet());
-        if (n == 2) control.append().setBytes(tunnelledOpenLogicalChannel());
+        control.append().setBytes(fromHex(kTunnelledTerminalCapabilitySet));
+        if (n == 2) control.append().setBytes(fromHex(kTunnelledOpenLogicalChannel));
         all.push_back(s.message(n == 1 ? "empty facility tunnelling one H.245 message" : "empty facility tunnelling two"));
     }
     {
