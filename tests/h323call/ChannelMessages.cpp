@@ -49,12 +49,9 @@ void setDataType(Builder::Slot dataType, const Direction& d) {
         Builder::Slot v = dataType.choose("videoData").choose("h263VideoCapability");
         v["qcifMPI"].setInteger(1);
         v["maxBitRate"].setInteger(3840);
-        v["unrestrictedVector"].setBool(false);
-        v["arithmeticCoding"].setBool(false);
-        v["advancedPrediction"].setBool(false);
-        v["pbFrames"].setBool(false);
-        v["temporalSpatialTradeOffCapability"].setBool(false);
-        v["errorCompensation"].setBool(false);
+        for (const char* flag : {"unrestrictedVector", "arithmeticCoding", "advancedPrediction", "pbFrames",
+                                 "temporalSpatialTradeOffCapability", "errorCompensation"})
+            v[flag].setBool(false);
         return;
     }
     Builder::Slot audio = dataType.choose("audioData").choose(d.codec);

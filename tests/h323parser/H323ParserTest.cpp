@@ -105,7 +105,7 @@ TEST_F(H323ParserTest, SetupWithoutAliasesNamesThePartiesByTheirQ931Numbers) {
     EXPECT_EQ(text, std::string("t:5\nr:4097\nc:") + kGuid1 + "\ns:\nd:\n");
 }
 
-TEST_F(H323ParserTest, AnnouncedH245AddressTiesSeparateH245ToTheCall) {
+TEST_F(H323ParserTest, AnnouncedH245AddressTiesSeparateH245ToTheCallUntilTheReleaseNamingIt) {
     // Unknown connection: the channel is dropped and the maps dumped.
     const std::string olc = openLogicalChannelRequest(g711Both(1));
     EXPECT_FALSE(describe(olc, kH245Peer, kCallee));
@@ -126,7 +126,14 @@ TEST_F(H323ParserTest, AnnouncedH245AddressTiesSeparateH245ToTheCall) {
     ASSERT_TRUE(describe(ack, kCallee, kH245Peer));
     EXPECT_EQ(text, "t:131\nr:4097\na:1:rtp:10.0.0.2 5000rtp:10.0.0.2 5002\n");
 
-    // The ReleaseComplete that names the call ends its entries.
+    // A ReleaseComplete without a call id leaves the call in the maps...
+    Signal anonymous(Q931::ReleaseComplete, "releaseComplete", 0x1001, true);
+    anonymous.body()["reason"].choose("destinationRejection");
+    ASSERT_TRUE(describe(anonymous.encoded()));
+    EXPECT_EQ(text, "t:90\nr:4097\n");
+    EXPECT_EQ(parser.getCallRefMap().size(), 1u);
+    EXPECT_EQ(parser.getH245Map().size(), 1u);
+    // ... the one that names the call ends its entries.
     Signal release(Q931::ReleaseComplete, "releaseComplete", 0x1001, true);
     h323::test::setCallId(release.body(), 1);
     release.body()["reason"].choose("undefinedReason");
@@ -136,16 +143,6 @@ TEST_F(H323ParserTest, AnnouncedH245AddressTiesSeparateH245ToTheCall) {
     EXPECT_TRUE(log.contains("DEBUG", "Erased 4097 and 10.0.0.2:40001 from Call Reference Map"));
     EXPECT_TRUE(log.contains("DEBUG", "Erased 10.0.0.2:40001 and 4097 from H245 Map"));
     EXPECT_TRUE(parser.getH245Map().empty());
-}
-
-TEST_F(H323ParserTest, ReleaseCompleteWithoutCallIdLeavesTheCallInTheMaps) {
-    connectWithH245Address();
-    Signal release(Q931::ReleaseComplete, "releaseComplete", 0x1001, true);
-    release.body()["reason"].choose("destinationRejection");
-    ASSERT_TRUE(describe(release.encoded()));
-    EXPECT_EQ(text, "t:90\nr:4097\n");
-    EXPECT_EQ(parser.getCallRefMap().size(), 1u);
-    EXPECT_EQ(parser.getH245Map().size(), 1u);
 }
 
 TEST_F(H323ParserTest, NonIpv4H245AddressIsReportedAndNotFollowed) {
