@@ -14,50 +14,40 @@
 
 namespace h323::test {
 
-const Fields kH245Fields = {
-    {"h245.pdu_type", "", Format::Tag},
-    {"h245.request", "request", Format::Tag},
-    {"h245.response", "response", Format::Tag},
-    {"h245.command", "command", Format::Tag},
-    {"h245.indication", "indication", Format::Tag},
-    {"h245.sequenceNumber", "sequenceNumber", Format::Integer},
-    {"h245.terminalType", "terminalType", Format::Integer},
-    {"h245.statusDeterminationNumber", "statusDeterminationNumber", Format::Integer},
-    {"h245.decision", "decision", Format::Tag},
-    {"h245.multiplexCapability", "multiplexCapability", Format::Tag},
-    {"h245.capabilityTableEntryNumber", "capabilityTableEntryNumber", Format::Integer},
-    {"h245.receiveAudioCapability", "receiveAudioCapability", Format::Tag},
-    {"h245.transmitAudioCapability", "transmitAudioCapability", Format::Tag},
-    {"h245.receiveVideoCapability", "receiveVideoCapability", Format::Tag},
-    {"h245.capabilityDescriptorNumber", "capabilityDescriptorNumber", Format::Integer},
-    {"h245.forwardLogicalChannelNumber", "forwardLogicalChannelNumber", Format::Integer},
-    {"h245.reverseLogicalChannelNumber", "reverseLogicalChannelNumber", Format::Integer},
-    {"h245.dataType", "dataType", Format::Tag},
-    {"h245.audioData", "audioData", Format::Tag},
-    {"h245.videoData", "videoData", Format::Tag},
-    {"h245.g711Alaw64k", "g711Alaw64k", Format::Integer},
-    {"h245.g711Ulaw64k", "g711Ulaw64k", Format::Integer},
-    {"h245.g729", "g729", Format::Integer},
-    {"h245.maxAl_sduAudioFrames", "maxAl_sduAudioFrames", Format::Integer},
-    {"h245.maxBitRate", "maxBitRate", Format::Integer},
-    {"h245.multiplexParameters", "multiplexParameters", Format::Tag},
-    {"h245.sessionID", "sessionID", Format::Integer},
-    {"h245.mediaChannel", "mediaChannel", Format::Tag},
-    {"h245.mediaControlChannel", "mediaControlChannel", Format::Tag},
-    {"h245.forwardMultiplexAckParameters", "forwardMultiplexAckParameters", Format::Tag},
-    {"h245.unicastAddress", "unicastAddress", Format::Tag},
-    {"h245.multicastAddress", "multicastAddress", Format::Tag},
-    {"h245.ip4_network", "unicastAddress/iPAddress/network", Format::IPv4},
-    {"h245.tsapIdentifier", "unicastAddress/iPAddress/tsapIdentifier", Format::Integer},
-    {"h245.ip6_network", "unicastAddress/iP6Address/network", Format::IPv6},
-    {"h245.ipv6.tsapIdentifier", "unicastAddress/iP6Address/tsapIdentifier", Format::Integer},
-    {"h245.mip4_network", "multicastAddress/iPAddress/network", Format::IPv4},
-    {"h245.multicast.tsapIdentifier", "multicastAddress/iPAddress/tsapIdentifier", Format::Integer},
-    {"h245.userInput", "userInput", Format::Tag},
-    {"h245.alphanumeric", "alphanumeric", Format::Text},
-    // tshark's verdict on the whole packet; the toolkit has no such field.
-    {"_ws.malformed", nullptr, Format::Tag},
-};
+namespace {
+
+// Most H.245 fields are called as the component they show.
+Fields h245Fields() {
+    Fields fields = {
+        {"h245.pdu_type", "", Format::Tag},
+        {"h245.ip4_network", "unicastAddress/iPAddress/network", Format::IPv4},
+        {"h245.tsapIdentifier", "unicastAddress/iPAddress/tsapIdentifier", Format::Integer},
+        {"h245.ip6_network", "unicastAddress/iP6Address/network", Format::IPv6},
+        {"h245.ipv6.tsapIdentifier", "unicastAddress/iP6Address/tsapIdentifier", Format::Integer},
+        {"h245.mip4_network", "multicastAddress/iPAddress/network", Format::IPv4},
+        {"h245.multicast.tsapIdentifier", "multicastAddress/iPAddress/tsapIdentifier", Format::Integer},
+        {"_ws.malformed", nullptr, Format::Tag},   // tshark's verdict on the whole packet
+    };
+    const std::pair<Format, std::vector<const char*>> named[] = {
+        {Format::Tag,
+         {"request", "response", "command", "indication", "decision", "multiplexCapability", "receiveAudioCapability",
+          "transmitAudioCapability", "receiveVideoCapability", "dataType", "audioData", "videoData",
+          "multiplexParameters", "mediaChannel", "mediaControlChannel", "forwardMultiplexAckParameters",
+          "unicastAddress", "multicastAddress", "userInput"}},
+        {Format::Integer,
+         {"sequenceNumber", "terminalType", "statusDeterminationNumber", "capabilityTableEntryNumber",
+          "capabilityDescriptorNumber", "forwardLogicalChannelNumber", "reverseLogicalChannelNumber", "g711Alaw64k",
+          "g711Ulaw64k", "g729", "maxAl_sduAudioFrames", "maxBitRate", "sessionID"}},
+        {Format::Text, {"alphanumeric"}},
+    };
+    for (const auto& [format, names] : named)
+        for (const char* name : names) fields.push_back({std::string("h245.") + name, name, format});
+    return fields;
+}
+
+}  // namespace
+
+const Fields kH245Fields = h245Fields();
 
 const Fields kSignallingFields = {
     {"q931.call_ref_flag", nullptr, Format::Text},

@@ -23,7 +23,7 @@ enum class Format { Tag, Integer, Boolean, IPv4, IPv6, Text, Guid, Size };
 // a field only tshark has). Tag fields (CHOICE alternatives) read
 // "alternative (index)", with the ASN.1 spelling of the name.
 struct Field {
-    const char* tshark;
+    std::string tshark;
     const char* path;
     Format format;
 };
