@@ -1,5 +1,7 @@
 #include "Messages.h"
 
+#include <arpa/inet.h>
+
 #include "Bytes.h"
 #include "h323/H225.h"
 
@@ -7,9 +9,9 @@ namespace h323::test {
 
 using per::Builder;
 
-const char* const kProtocolIdentifier = "0.0.8.2250.0.4";
-
 namespace {
+
+const char* const kProtocolIdentifier = "0.0.8.2250.0.4";
 
 std::string fromHex(const char* hex) {
     std::vector<uint8_t> b = bytes(hex);
@@ -17,6 +19,30 @@ std::string fromHex(const char* hex) {
 }
 
 std::string octets(std::initializer_list<uint8_t> b) { return std::string(b.begin(), b.end()); }
+
+void setEndpoint(Builder::Slot e) {
+    Builder::Slot vendor = e["vendor"];
+    vendor["vendor"]["t35CountryCode"].setInteger(181);
+    vendor["vendor"]["t35Extension"].setInteger(0);
+    vendor["vendor"]["manufacturerCode"].setInteger(21324);
+    vendor["productId"].setBytes("voip toolkit");
+    vendor["versionId"].setBytes("1.0");
+    e["terminal"].present();
+    e["mc"].setBool(false);
+    e["undefinedNode"].setBool(false);
+}
+
+// Two real fast-start proposals (OpenLogicalChannel, G.711 A-law, each way).
+void addFastStart(Builder::Slot uuie) {
+    Builder::Slot list = uuie["fastStart"];
+    for (const char* olc : {"0000640c201d800b0d0001000a01038f138980", "00003c0c201d800a040001000a01061207d7"})
+        list.append().setBytes(fromHex(olc));
+}
+
+// Real H.245 messages, as tunnelled in h245Control.
+const char* const kTunnelledTerminalCapabilitySet =
+    "027001060008817500078013800032000100000100000100000cc001000180008000002040ef00800100000000";
+const char* const kTunnelledOpenLogicalChannel = "030000640c201d800b0d0001000a01038f138980";
 
 }  // namespace
 
@@ -36,32 +62,21 @@ Message Signal::message(std::string name) {
     return {std::move(name), q931_.encode()};
 }
 
-void setEndpoint(Builder::Slot e) {
-    Builder::Slot vendor = e["vendor"];
-    vendor["vendor"]["t35CountryCode"].setInteger(181);
-    vendor["vendor"]["t35Extension"].setInteger(0);
-    vendor["vendor"]["manufacturerCode"].setInteger(21324);
-    vendor["productId"].setBytes("voip toolkit");
-    vendor["versionId"].setBytes("1.0");
-    e["terminal"].present();
-    e["mc"].setBool(false);
-    e["undefinedNode"].setBool(false);
+std::string Signal::encoded() {
+    std::vector<uint8_t> wire = message("").bytes;
+    return std::string(wire.begin(), wire.end());
+}
+
+
+std::string ipv4Octets(const char* dotted) {
+    in_addr a{};
+    inet_pton(AF_INET, dotted, &a);
+    return std::string(reinterpret_cast<const char*>(&a), sizeof a);
 }
 
 void setIpv4(Builder::Slot transportAddress, const char* dotted, unsigned port) {
-    std::string ip;
-    unsigned part = 0;
-    for (const char* p = dotted;; ++p) {
-        if (*p == '.' || *p == '\0') {
-            ip += char(part);
-            part = 0;
-            if (!*p) break;
-        } else {
-            part = part * 10 + unsigned(*p - '0');
-        }
-    }
     Builder::Slot a = transportAddress.choose("ipAddress");
-    a["ip"].setBytes(ip);
+    a["ip"].setBytes(ipv4Octets(dotted));
     a["port"].setInteger(port);
 }
 
@@ -71,20 +86,9 @@ std::string guid(uint8_t seed) {
     return g;
 }
 
-std::vector<std::string> fastStartProposals() {
-    return {fromHex("0000640c201d800b0d0001000a01038f138980"), fromHex("00003c0c201d800a040001000a01061207d7")};
-}
 
-std::string tunnelledTerminalCapabilitySet() {
-    return fromHex("027001060008817500078013800032000100000100000100000cc001000180008000002040ef00800100000000");
-}
 
-std::string tunnelledOpenLogicalChannel() { return fromHex("030000640c201d800b0d0001000a01038f138980"); }
 
-void addFastStart(Builder::Slot uuie) {
-    Builder::Slot list = uuie["fastStart"];
-    for (const std::string& olc : fastStartProposals()) list.append().setBytes(olc);
-}
 
 void setCallId(Builder::Slot uuie, uint8_t seed) { uuie["callIdentifier"]["guid"].setBytes(guid(seed)); }
 
@@ -149,20 +153,14 @@ struct Answer {
 };
 
 const Answer kAnswers[] = {
-    {"call proceeding", Q931::CallProceeding, "callProceeding", Plain},
     {"call proceeding with fast start", Q931::CallProceeding, "callProceeding", FastStart},
-    {"alerting with H.245 address", Q931::Alerting, "alerting", H245Address},
-    {"alerting with fast start", Q931::Alerting, "alerting", FastStart},
-    {"connect with H.245 address", Q931::Connect, "connect", H245Address},
+    {"alerting with fast start and H.245 address", Q931::Alerting, "alerting", FastStart | H245Address},
     {"connect with fast start and H.245 address", Q931::Connect, "connect", FastStart | H245Address},
     {"connect with non-IPv4 H.245 address", Q931::Connect, "connect", NetBiosH245Address},
     {"progress with fast start", Q931::Progress, "progress", FastStart},
-    {"progress", Q931::Progress, "progress", Plain},
     {"setup acknowledge", Q931::SetupAcknowledge, "setupAcknowledge", Plain},
-    {"information with digits", Q931::Information, "information", CalledDigits},
-    {"information with fast start", Q931::Information, "information", FastStart},
-    {"facility with fast start", Q931::Facility, "facility", FastStart},
-    {"facility startH245", Q931::Facility, "facility", StartH245 | H245Address},
+    {"information with digits and fast start", Q931::Information, "information", CalledDigits | FastStart},
+    {"facility startH245 with fast start", Q931::Facility, "facility", StartH245 | H245Address | FastStart},
     {"status", Q931::Status, "status", Plain},
     {"notify", Q931::Notify, "notify", Plain},
 };
@@ -244,8 +242,8 @@ std::vector<Message> signallingMessages() {
         Signal s(Q931::Facility, "empty", 0x1100 + n, n == 2);
         s.pdu()["h245Tunneling"].setBool(true);
         Builder::Slot control = s.pdu()["h245Control"];
-        control.append().setBytes(tunnelledTerminalCapabilitySet());
-        if (n == 2) control.append().setBytes(tunnelledOpenLogicalChannel());
+        control.append().setBytes(fromHex(kTunnelledTerminalCapabilitySet));
+        if (n == 2) control.append().setBytes(fromHex(kTunnelledOpenLogicalChannel));
         all.push_back(s.message(n == 1 ? "empty facility tunnelling one H.245 message" : "empty facility tunnelling two"));
     }
     {
@@ -279,14 +277,9 @@ std::vector<Message> signallingMessages() {
     return all;
 }
 
-std::vector<uint8_t> tpkt(const std::vector<uint8_t>& payload) {
-    size_t n = payload.size() + 4;
-    std::vector<uint8_t> out(n);
-    out[0] = 3;
-    out[2] = uint8_t(n >> 8);
-    out[3] = uint8_t(n);
-    std::copy(payload.begin(), payload.end(), out.begin() + 4);
-    return out;
+std::string tpkt(std::string_view pdu) {
+    const size_t n = pdu.size() + 4;
+    return std::string{char(3), char(0), char(n >> 8), char(n & 0xFF)}.append(pdu);
 }
 
 }  // namespace h323::test

@@ -1,11 +1,13 @@
 // Call-signalling messages built with the toolkit's encoder: the set the
-// tshark oracle checks, the fuzz targets start from and the benchmarks use.
+// tshark oracle checks, and the builders the traffic generator and the
+// sniffer's H.323 tests start from.
 
 #ifndef H323_TESTS_MESSAGES_H
 #define H323_TESTS_MESSAGES_H
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "h323/Per.h"
@@ -27,6 +29,7 @@ public:
     per::Builder::Slot body() { return pdu()["h323_message_body"].chosen(); }
     Q931& q931() { return q931_; }
     Message message(std::string name);
+    std::string encoded();   // message() without a name
 
 private:
     Q931 q931_;
@@ -34,16 +37,9 @@ private:
 };
 
 // Common contents.
-void setEndpoint(per::Builder::Slot endpointType);
 void setIpv4(per::Builder::Slot transportAddress, const char* dotted, unsigned port);
+std::string ipv4Octets(const char* dotted);
 std::string guid(uint8_t seed);
-extern const char* const kProtocolIdentifier;
-
-// Two real fast-start proposals (OpenLogicalChannel, G.711 A-law, each way).
-std::vector<std::string> fastStartProposals();
-// Real H.245 messages, as tunnelled in h245Control.
-std::string tunnelledTerminalCapabilitySet();
-std::string tunnelledOpenLogicalChannel();
 
 // Builders of whole messages, call reference 0x1000 + seed:
 // a Setup with its mandatory parts, Q.931 numbers 5551000 -> 5552000 and
@@ -51,14 +47,13 @@ std::string tunnelledOpenLogicalChannel();
 // a call id.
 Signal setup(uint8_t seed);
 Signal answer(uint8_t type, const char* body, uint8_t seed, bool fromDestination = true);
-void addFastStart(per::Builder::Slot uuie);
 void setCallId(per::Builder::Slot uuie, uint8_t seed);
 
 // The call-signalling messages the oracle compares with tshark.
 std::vector<Message> signallingMessages();
 
 // RFC 1006 framing.
-std::vector<uint8_t> tpkt(const std::vector<uint8_t>& payload);
+std::string tpkt(std::string_view pdu);
 
 }  // namespace h323::test
 

@@ -16,25 +16,25 @@ bool decodeHex(Q931& q, const char* h) {
     return q.decode(b.data(), b.size());   // the message keeps copies: `b` may go
 }
 
-TEST(Q931Decode, TwoOctetCallReferenceSplitsIntoValueAndFlag) {
+TEST(Q931Decode, TwoOctetCallReferencesSplitIntoValueAndFlagShortOnesGiveZeroAndMoveTheMessageType) {
+    const struct {
+        const char* wire;
+        unsigned callReference;
+        bool fromDestination;
+        unsigned messageType;
+    } cases[] = {
+        {"08 02 f7 f4 02", 0x77f4, true, 2},
+        {"08 00 05 a1 a1", 0, false, 5},   // after a flagged reference: nothing stays
+        {"08 02 77 f4 05", 0x77f4, false, 5},
+        {"08 01 85 07 a1", 0, false, 7},
+    };
     Q931 q;
-    ASSERT_TRUE(decodeHex(q, "08 02 f7 f4 02"));
-    EXPECT_EQ(q.callReference(), 0x77f4u);
-    EXPECT_TRUE(q.fromDestination());
-    EXPECT_EQ(q.messageType(), 2u);
-    ASSERT_TRUE(decodeHex(q, "08 02 77 f4 05"));
-    EXPECT_EQ(q.callReference(), 0x77f4u);
-    EXPECT_FALSE(q.fromDestination());
-}
-
-TEST(Q931Decode, ShortCallReferencesGiveZeroAndMoveTheMessageType) {
-    Q931 q;
-    ASSERT_TRUE(decodeHex(q, "08 00 05 a1 a1"));
-    EXPECT_EQ(q.callReference(), 0u);
-    EXPECT_EQ(q.messageType(), 5u);
-    ASSERT_TRUE(decodeHex(q, "08 01 85 07 a1"));
-    EXPECT_EQ(q.callReference(), 0u);
-    EXPECT_EQ(q.messageType(), 7u);
+    for (const auto& c : cases) {
+        ASSERT_TRUE(decodeHex(q, c.wire)) << c.wire;
+        EXPECT_EQ(q.callReference(), c.callReference) << c.wire;
+        EXPECT_EQ(q.fromDestination(), c.fromDestination) << c.wire;
+        EXPECT_EQ(q.messageType(), c.messageType) << c.wire;
+    }
 }
 
 TEST(Q931Decode, RefusesShortMessagesLongCallReferencesAndOverrunningElements) {

@@ -1,9 +1,11 @@
-// tshark as the oracle: TPKT payloads go into a capture through text2pcap,
-// and tshark's field values come back one line per packet.
+// tshark as the oracle: the fields tshark reads from a capture, and the same
+// fields read from the toolkit's decoded values, written alike so that a
+// test compares two texts.
 
 #ifndef H323_TESTS_TSHARK_H
 #define H323_TESTS_TSHARK_H
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,58 +14,62 @@
 
 namespace h323::test {
 
-bool haveTshark();
+using Pdu = std::vector<uint8_t>;
 
-// Runs tshark with `-T fields -e F...` over a capture and returns, per
-// packet, the value of each field (occurrences joined by ',').
-std::vector<std::vector<std::string>> tsharkFields(const std::string& pcap, const std::vector<std::string>& fields,
-                                                   const std::string& filter = "");
+enum class Format { Tag, Integer, Boolean, IPv4, IPv6, Text, Guid, Size };
+
+// A tshark field and where the same value sits in a decoded value: the
+// trailing component names of its path ("" is the value itself, nullptr
+// a field only tshark has). Tag fields (CHOICE alternatives) read
+// "alternative (index)", with the ASN.1 spelling of the name.
+struct Field {
+    std::string tshark;
+    const char* path;
+    Format format;
+};
+using Fields = std::vector<Field>;
+
+// The compared fields of a MultimediaSystemControlMessage, and of a Q.931
+// message with its H323-UserInformation.
+extern const Fields kH245Fields;
+extern const Fields kSignallingFields;
+
+bool haveTshark();
 
 // Writes each payload as one packet, dissected with `dissector`
 // (text2pcap -P), into a capture file and returns its path.
-std::string writeCapture(const std::vector<std::vector<uint8_t>>& payloads, const std::string& dissector);
+std::string writeCapture(const std::vector<Pdu>& payloads, const std::string& dissector);
 
-// Calls `f` with every component or alternative called `name`, in wire order.
-template <typename F>
-void forEachNamed(per::Value v, std::string_view name, F f) {
-    if (!v) return;
-    const per::Type* t = v.type();
-    switch (t->kind) {
-    case per::Kind::Sequence:
-        for (size_t i = 0; i < v.componentCount(); ++i) {
-            per::Value c = v.component(i);
-            if (c && i < t->count && name == t->components[i].name) f(c);
-            forEachNamed(c, name, f);
-        }
-        break;
-    case per::Kind::Choice:
-        if (v.is(name)) f(v.chosen());
-        forEachNamed(v.chosen(), name, f);
-        break;
-    case per::Kind::SequenceOf:
-        for (size_t i = 0; i < v.size(); ++i) forEachNamed(v.at(i), name, f);
-        break;
-    default: break;
-    }
-}
+// One packet as tshark dissected it: one line per compared field that
+// occurs, "name: value|value|...", in the order of the packet.
+struct TsharkPacket {
+    std::string fields;
+    std::string payload;   // the TCP payload, hex, when read from a capture
+};
 
-// The values `text` gives for every component called `name`, joined by ','.
-template <typename Text>
-std::string joined(per::Value root, std::string_view name, Text text) {
-    std::string out;
-    forEachNamed(root, name, [&](per::Value v) {
-        if (!out.empty()) out += ',';
-        out += text(v);
-    });
-    return out;
-}
+// The packets of a capture file that match `filter`.
+std::vector<TsharkPacket> tsharkRead(const std::string& capture, const Fields& fields, const std::string& filter = "");
 
-// The Q.931 and H.225.0 fields the oracle compares, in tshark's notation.
-extern const std::vector<std::string> kSignallingFields;
+// The compared fields of decoded values, written as tsharkRead writes them.
+// A part of a message is collected with the path of component names that
+// leads to it.
+class FieldCollector {
+public:
+    explicit FieldCollector(const Fields& fields) : fields_(fields), values_(fields.size()) {}
+    void collect(per::Value v, const std::string& path = "");
+    void add(const std::string& tshark, const std::string& value);   // a value from outside the PER tree
+    std::string text() const;
 
-// The same fields as the toolkit reads them from a decoded message;
-// `userInfo` is empty when there is no H.225.0 part.
-std::vector<std::string> signallingFields(const Q931& q931, per::Value userInfo);
+private:
+    const Fields& fields_;
+    std::vector<std::vector<std::string>> values_;
+};
+
+// The signalling fields of a Q.931 message and its decoded user information.
+std::string signallingFields(const Q931& q931, per::Value userInfo);
+
+// The PDUs of TPKT-framed TCP payload octets.
+std::vector<Pdu> splitTpkt(const Pdu& payload);
 
 }  // namespace h323::test
 

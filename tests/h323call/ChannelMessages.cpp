@@ -1,5 +1,6 @@
 #include "ChannelMessages.h"
 
+#include "Messages.h"
 #include "h323/H245.h"
 #include "h323/Per.h"
 
@@ -9,20 +10,6 @@ using h323::per::Builder;
 
 namespace {
 
-std::string octetsOf(const std::string& dotted) {
-    std::string out;
-    unsigned part = 0;
-    for (char c : dotted + ".") {
-        if (c == '.') {
-            out += char(part);
-            part = 0;
-        } else {
-            part = part * 10 + unsigned(c - '0');
-        }
-    }
-    return out;
-}
-
 std::string encoded(const Builder& b) {
     const std::vector<uint8_t> wire = h323::per::encode(b.value());
     return std::string(wire.begin(), wire.end());
@@ -30,21 +17,17 @@ std::string encoded(const Builder& b) {
 
 void setAddress(Builder::Slot transportAddress, const MediaAddress& media) {
     switch (media.kind) {
-    case MediaAddress::Ipv4: {
-        Builder::Slot ip = transportAddress.choose("unicastAddress").choose("iPAddress");
-        ip["network"].setBytes(octetsOf(media.ip));
+    case MediaAddress::Ipv4:
+    case MediaAddress::Multicast: {
+        const char* scope = media.kind == MediaAddress::Ipv4 ? "unicastAddress" : "multicastAddress";
+        Builder::Slot ip = transportAddress.choose(scope).choose("iPAddress");
+        ip["network"].setBytes(h323::test::ipv4Octets(media.ip.c_str()));
         ip["tsapIdentifier"].setInteger(media.port);
         break;
     }
     case MediaAddress::Ipv6: {
         Builder::Slot ip = transportAddress.choose("unicastAddress").choose("iP6Address");
         ip["network"].setBytes(std::string("\x20\x01\x0d\xb8", 4) + std::string(11, '\0') + "\x01");
-        ip["tsapIdentifier"].setInteger(media.port);
-        break;
-    }
-    case MediaAddress::Multicast: {
-        Builder::Slot ip = transportAddress.choose("multicastAddress").choose("iPAddress");
-        ip["network"].setBytes(octetsOf(media.ip));
         ip["tsapIdentifier"].setInteger(media.port);
         break;
     }
@@ -66,12 +49,9 @@ void setDataType(Builder::Slot dataType, const Direction& d) {
         Builder::Slot v = dataType.choose("videoData").choose("h263VideoCapability");
         v["qcifMPI"].setInteger(1);
         v["maxBitRate"].setInteger(3840);
-        v["unrestrictedVector"].setBool(false);
-        v["arithmeticCoding"].setBool(false);
-        v["advancedPrediction"].setBool(false);
-        v["pbFrames"].setBool(false);
-        v["temporalSpatialTradeOffCapability"].setBool(false);
-        v["errorCompensation"].setBool(false);
+        for (const char* flag : {"unrestrictedVector", "arithmeticCoding", "advancedPrediction", "pbFrames",
+                                 "temporalSpatialTradeOffCapability", "errorCompensation"})
+            v[flag].setBool(false);
         return;
     }
     Builder::Slot audio = dataType.choose("audioData").choose(d.codec);

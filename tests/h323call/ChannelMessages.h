@@ -28,7 +28,7 @@ struct Channel {
     unsigned lcn = 1;
     Direction forward;
     bool hasReverse = false;
-    Direction reverse;
+    Direction reverse = {};
 };
 
 // A bare OpenLogicalChannel, as fast start carries it.

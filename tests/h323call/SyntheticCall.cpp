@@ -16,26 +16,11 @@ namespace {
 
 constexpr uint8_t kSeed = 0x45;  // guid and call reference 0x1000 + seed of the test messages
 
-std::string bytesOf(Signal s) {
-    const std::vector<uint8_t> wire = s.message("").bytes;
-    return std::string(wire.begin(), wire.end());
-}
-
 Channel audioChannel(unsigned lcn, const MediaAddress& forward, const MediaAddress& reverse) {
-    Channel c;
-    c.lcn = lcn;
-    c.forward = {"g711Ulaw64k", 20, forward};
-    c.hasReverse = true;
-    c.reverse = {"g711Ulaw64k", 20, reverse};
-    return c;
+    return {lcn, {"g711Ulaw64k", 20, forward}, true, {"g711Ulaw64k", 20, reverse}};
 }
 
 }  // namespace
-
-std::string tpkt(const std::string& pdu) {
-    const size_t n = pdu.size() + 4;
-    return std::string{char(3), char(0), char(n >> 8), char(n & 0xFF)} + pdu;
-}
 
 std::vector<Step> syntheticCall(const Addresses& a) {
     const MediaAddress callerMedia = MediaAddress::ipv4(a.callerIp, a.callerRtpPort);
@@ -49,18 +34,18 @@ std::vector<Step> syntheticCall(const Addresses& a) {
     setup.body()["sourceAddress"].append().choose("h323_ID").setText("alice");
     setup.body()["destinationAddress"].append().choose("dialedDigits").setText("2000");
     setup.body()["fastStart"].append().setBytes(openLogicalChannel(audioChannel(1, calleeMedia, callerMedia)));
-    steps.push_back({"Setup", Step::Signalling, Step::CallerToCallee, bytesOf(setup),
+    steps.push_back({"Setup", Step::Signalling, Step::CallerToCallee, setup.encoded(),
                      "t:5\nr:" + ref + "\n" + callId + "s:alice\nd:2000\n" +
                          "m:1:fcodec:g711Ulaw64k 20,rtp:" + a.calleeIp + " " + std::to_string(a.calleeRtpPort) +
                          "rcodec:g711Ulaw64k 20,rtp:" + a.callerIp + " " + std::to_string(a.callerRtpPort) + "\n"});
 
     steps.push_back({"Alerting", Step::Signalling, Step::CalleeToCaller,
-                     bytesOf(h323::test::answer(Q931::Alerting, "alerting", kSeed)),
+                     h323::test::answer(Q931::Alerting, "alerting", kSeed).encoded(),
                      "t:1\nr:" + ref + "\n" + callId});
 
     Signal connect = h323::test::answer(Q931::Connect, "connect", kSeed);
     h323::test::setIpv4(connect.body()["h245Address"], a.calleeIp.c_str(), a.h245Port);
-    steps.push_back({"Connect", Step::Signalling, Step::CalleeToCaller, bytesOf(connect),
+    steps.push_back({"Connect", Step::Signalling, Step::CalleeToCaller, connect.encoded(),
                      "t:7\nr:" + ref + "\n" + callId});
 
     const std::string olc = channeltest::openLogicalChannelRequest(audioChannel(2, calleeMedia, {}));
@@ -76,13 +61,13 @@ std::vector<Step> syntheticCall(const Addresses& a) {
     facility.pdu()["h245Tunneling"].setBool(true);
     facility.pdu()["h245Control"].append().setBytes(channeltest::userInputAlphanumeric("5"));
     facility.pdu()["h245Control"].append().setBytes(olc);
-    steps.push_back({"Facility with tunnelled H.245", Step::Signalling, Step::CallerToCallee, bytesOf(facility),
+    steps.push_back({"Facility with tunnelled H.245", Step::Signalling, Step::CallerToCallee, facility.encoded(),
                      "t:98\nr:" + ref + "\ni:5\n" + described2 + "\n"});
 
     Signal release(Q931::ReleaseComplete, "releaseComplete", 0x1000 + kSeed, true);
     h323::test::setCallId(release.body(), kSeed);
     release.body()["reason"].choose("undefinedReason");
-    steps.push_back({"ReleaseComplete", Step::Signalling, Step::CalleeToCaller, bytesOf(release),
+    steps.push_back({"ReleaseComplete", Step::Signalling, Step::CalleeToCaller, release.encoded(),
                      "t:90\nr:" + ref + "\n" + callId});
     return steps;
 }

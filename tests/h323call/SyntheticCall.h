@@ -30,9 +30,6 @@ struct Step {
 
 std::vector<Step> syntheticCall(const Addresses& a);
 
-// RFC 1006 framing.
-std::string tpkt(const std::string& pdu);
-
 }  // namespace h323call
 
 #endif

@@ -12,11 +12,13 @@
 #include <cstring>
 #include <getopt.h>
 #include <netinet/tcp.h>
+#include <optional>
 #include <string>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
 
+#include "Messages.h"
 #include "SyntheticCall.h"
 
 namespace {
@@ -69,7 +71,7 @@ struct TcpPair {
         close(callee);
     }
     void send(const h323call::Step& step) const {
-        const std::string frame = h323call::tpkt(step.pdu);
+        const std::string frame = h323::test::tpkt(step.pdu);
         const int from = step.direction == h323call::Step::CallerToCallee ? caller : callee;
         if (::send(from, frame.data(), frame.size(), 0) != ssize_t(frame.size()))
             fail("send");
@@ -120,24 +122,12 @@ Options parse(int argc, char** argv) {
     int c;
     while ((c = getopt_long(argc, argv, "i:p:H:r:g:d:h", longOptions, nullptr)) != -1) {
         switch (c) {
-        case 'i':
-            o.addresses.callerIp = o.addresses.calleeIp = optarg;
-            break;
-        case 'p':
-            o.port = unsigned(std::atoi(optarg));
-            break;
-        case 'H':
-            o.addresses.h245Port = unsigned(std::atoi(optarg));
-            break;
-        case 'r':
-            o.rtpPackets = std::atoi(optarg);
-            break;
-        case 'g':
-            o.gapMs = std::atoi(optarg);
-            break;
-        case 'd':
-            o.mediaDelayMs = std::atoi(optarg);
-            break;
+        case 'i': o.addresses.callerIp = o.addresses.calleeIp = optarg; break;
+        case 'p': o.port = unsigned(std::atoi(optarg)); break;
+        case 'H': o.addresses.h245Port = unsigned(std::atoi(optarg)); break;
+        case 'r': o.rtpPackets = std::atoi(optarg); break;
+        case 'g': o.gapMs = std::atoi(optarg); break;
+        case 'd': o.mediaDelayMs = std::atoi(optarg); break;
         default:
             std::fprintf(stderr,
                          "Usage: %s [--ip A] [--port N] [--h245-port M] [--rtp-packets K] [--gap-ms G] "
@@ -161,10 +151,10 @@ int main(int argc, char** argv) {
     const auto gap = std::chrono::milliseconds(o.gapMs);
 
     TcpPair signalling(o.addresses.calleeIp, o.port);
-    TcpPair* h245 = nullptr;
+    std::optional<TcpPair> h245;
     for (const h323call::Step& step : steps) {
         if (step.connection == h323call::Step::H245 && !h245)
-            h245 = new TcpPair(o.addresses.calleeIp, o.addresses.h245Port);
+            h245.emplace(o.addresses.calleeIp, o.addresses.h245Port);
         if (step.name == "Facility with tunnelled H.245") {
             // The channels are open: the media flows before the call ends.
             std::this_thread::sleep_for(std::chrono::milliseconds(o.mediaDelayMs));
@@ -175,6 +165,5 @@ int main(int argc, char** argv) {
         std::fflush(stdout);
         std::this_thread::sleep_for(gap);
     }
-    delete h245;
     return 0;
 }

@@ -2,6 +2,7 @@
 // their descriptions to a recorder, for a real call replayed from a capture
 // and for a synthetic call played live on loopback.
 #include <gtest/gtest.h>
+#include <optional>
 #include <thread>
 #include <unistd.h>
 
@@ -13,14 +14,28 @@ namespace {
 
 using namespace std::chrono_literals;
 
-std::string properties(const std::string& device, const std::string& filter, unsigned recorderPort) {
-    return "Device=" + device + "\nFilter=" + filter + "\nServerName=127.0.0.1\nServerPort=" +
-           std::to_string(recorderPort) + "\nServerProtocol=UDP\nLogLevel=DEBUG\nTraceSignalling=yes\n";
-}
-
 const char* const kLogConfig =
     "log4j.rootLogger=DEBUG, A\nlog4j.appender.A=org.apache.log4j.ConsoleAppender\n"
     "log4j.appender.A.layout=org.apache.log4j.PatternLayout\nlog4j.appender.A.layout.ConversionPattern=%p %m%n\n";
+
+class H323Engine : public ::testing::Test {
+protected:
+    // The stand-alone sniffer on `device`, forwarding to the recorder over UDP.
+    void startSniffer(const std::string& device, const std::string& filter) {
+        dir.write("sniffer.properties", "Device=" + device + "\nFilter=" + filter +
+                                            "\nServerName=127.0.0.1\nServerPort=" + std::to_string(recorder.port()) +
+                                            "\nServerProtocol=UDP\nLogLevel=DEBUG\nTraceSignalling=yes\n");
+        dir.write("log4cxx.properties", kLogConfig);
+        sniffer.emplace(std::vector<std::string>{SNIFFER_PROGRAM, "-c", dir.file("sniffer.properties"), "-l",
+                                                 dir.file("log4cxx.properties")},
+                        dir.file("sniffer.log"));
+    }
+    std::string snifferLog() const { return readFile(dir.file("sniffer.log")); }
+
+    TempDir dir;
+    UdpFrameReceiver recorder;
+    std::optional<ChildProcess> sniffer;
+};
 
 std::vector<std::string> texts(const std::vector<Frame>& frames) {
     std::vector<std::string> all;
@@ -33,19 +48,14 @@ std::vector<std::string> texts(const std::vector<Frame>& frames) {
     return all;
 }
 
-TEST(H323Engine, RealCallReplayedFromCaptureReachesTheRecorderAsDescriptions) {
+TEST_F(H323Engine, RealCallReplayedFromCaptureReachesTheRecorderAsDescriptions) {
     const std::string capture = std::string(SHARED_CAPTURES_DIR) + "/h323-call-separate-h245.pcap";
     if (access(capture.c_str(), R_OK) != 0)
         GTEST_SKIP() << "the shared captures are not here: " << capture;
-    TempDir dir;
-    UdpFrameReceiver recorder;
-    dir.write("sniffer.properties", properties("file:" + capture, "tcp", recorder.port()));
-    dir.write("log4cxx.properties", kLogConfig);
-    ChildProcess sniffer({SNIFFER_PROGRAM, "-c", dir.file("sniffer.properties"), "-l", dir.file("log4cxx.properties")},
-                         dir.file("sniffer.log"));
+    startSniffer("file:" + capture, "tcp");
     // With only a replay file the sniffer stops by itself once all is sent.
-    ASSERT_TRUE(sniffer.waitFor(10s));
-    EXPECT_EQ(sniffer.exitStatus(), 0);
+    ASSERT_TRUE(sniffer->waitFor(10s));
+    EXPECT_EQ(sniffer->exitStatus(), 0);
     const std::vector<Frame> frames = recorder.receive(100, 300ms);
 
     // Setup, CallProceeding, Alerting and Connect on the call-signalling
@@ -66,21 +76,14 @@ TEST(H323Engine, RealCallReplayedFromCaptureReachesTheRecorderAsDescriptions) {
     // Each frame carries the addresses of its segment: Setup 10.1.3.143:32803 -> 10.1.6.18:1720.
     ASSERT_FALSE(frames.empty());
     EXPECT_EQ(frames[0].bytes.substr(3, 12), std::string("\x0a\x01\x06\x12\x06\xb8\x0a\x01\x03\x8f\x80\x23", 12));
-    const std::string log = readFile(dir.file("sniffer.log"));
-    EXPECT_NE(log.find("Inserted 30708 and 10.1.6.18:1232 into Call Reference Map"), std::string::npos);
+    EXPECT_NE(snifferLog().find("Inserted 30708 and 10.1.6.18:1232 into Call Reference Map"), std::string::npos);
 }
 
-TEST(H323Engine, SyntheticCallOnLoopbackIsDescribedMessageByMessage) {
+TEST_F(H323Engine, SyntheticCallOnLoopbackIsDescribedMessageByMessage) {
     if (geteuid() != 0)
         GTEST_SKIP() << "live capture needs root";
     const unsigned port = 31720 + unsigned(getpid() % 1000) * 2;
-    TempDir dir;
-    UdpFrameReceiver recorder;
-    const std::string filter = "tcp port " + std::to_string(port) + " or tcp port " + std::to_string(port + 1);
-    dir.write("sniffer.properties", properties("lo", filter, recorder.port()));
-    dir.write("log4cxx.properties", kLogConfig);
-    ChildProcess sniffer({SNIFFER_PROGRAM, "-c", dir.file("sniffer.properties"), "-l", dir.file("log4cxx.properties")},
-                         dir.file("sniffer.log"));
+    startSniffer("lo", "tcp port " + std::to_string(port) + " or tcp port " + std::to_string(port + 1));
     std::this_thread::sleep_for(1500ms);  // devices open, capture running
 
     ChildProcess call({H323CALL_PROGRAM, "--port", std::to_string(port), "--rtp-packets", "2", "--media-delay-ms", "0"},
@@ -97,9 +100,9 @@ TEST(H323Engine, SyntheticCallOnLoopbackIsDescribedMessageByMessage) {
     const std::vector<Frame> frames = recorder.receive(expected.size(), 5s);
     EXPECT_EQ(texts(frames), expected);
 
-    sniffer.stop();
-    EXPECT_EQ(sniffer.exitStatus(), 0);
-    const std::string log = readFile(dir.file("sniffer.log"));
+    sniffer->stop();
+    EXPECT_EQ(sniffer->exitStatus(), 0);
+    const std::string log = snifferLog();
     EXPECT_NE(log.find("DEBUG CallRefMap is empty\nDEBUG h245Map is empty"), std::string::npos) << log;
 }
 

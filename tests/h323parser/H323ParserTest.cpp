@@ -23,47 +23,30 @@ struct Endpoint {
 };
 const Endpoint kCaller{"10.0.0.1", 1720};
 const Endpoint kCallee{"10.0.0.2", 40001};
-
-std::string bytesOf(const std::vector<uint8_t>& v) { return std::string(v.begin(), v.end()); }
+const Endpoint kH245Peer{"10.0.0.1", 33000};   // the caller's end of the separate H.245 connection
 
 class H323ParserTest : public ::testing::Test {
 protected:
     // Frames `pdu` as a TCP payload behind the 15 bytes of the forwarded
     // header, as the dissector hands it over, and describes it.
-    bool describe(const std::string& pdu, Endpoint from = kCaller, Endpoint to = kCallee, uint8_t version = 3,
-                  int tpktLength = -1) {
-        std::string segment(15, '\0');
-        const size_t length = tpktLength < 0 ? pdu.size() + 4 : size_t(tpktLength);
-        segment += char(version);
-        segment += '\0';
-        segment += char(length >> 8);
-        segment += char(length & 0xFF);
-        segment += pdu;
-        return describeSegment(segment, from, to);
+    bool describe(const std::string& pdu, Endpoint from = kCaller, Endpoint to = kCallee) {
+        return describeSegment(h323::test::tpkt(pdu), from, to);
     }
-    bool describeSegment(std::string segment, Endpoint from, Endpoint to) {
+    bool describeSegment(const std::string& tcpPayload, Endpoint from = kCaller, Endpoint to = kCallee) {
+        std::string segment = std::string(15, '\0') + tcpPayload;
         text.clear();
-        const u_int txIp = inet_addr(from.ip);
-        const u_int rxIp = inet_addr(to.ip);
-        const u_int txPort = from.port;
-        const u_int rxPort = to.port;
-        return parser.parseH323(reinterpret_cast<u_char*>(segment.data()), int(segment.size()), 15, txIp, rxIp,
-                                txPort, rxPort, text);
+        return parser.parseH323(reinterpret_cast<u_char*>(segment.data()), int(segment.size()), 15, inet_addr(from.ip),
+                                inet_addr(to.ip), from.port, to.port, text);
     }
-    static std::string signal(Signal s) { return bytesOf(s.message("").bytes); }
     static Channel g711Both(unsigned lcn) {
-        Channel c;
-        c.lcn = lcn;
-        c.forward.media = MediaAddress::ipv4("10.0.0.5", 49170);
-        c.hasReverse = true;
-        c.reverse.media = MediaAddress::ipv4("10.0.0.5", 49172);
-        return c;
+        return {lcn, {"g711Ulaw64k", 20, MediaAddress::ipv4("10.0.0.5", 49170)}, true,
+                {"g711Ulaw64k", 20, MediaAddress::ipv4("10.0.0.5", 49172)}};
     }
     // Announces 10.0.0.2:40001 as the H.245 address of call 4097 in a Connect.
     void connectWithH245Address() {
         Signal connect = h323::test::answer(Q931::Connect, "connect", 1);
         h323::test::setIpv4(connect.body()["h245Address"], kCallee.ip, kCallee.port);
-        ASSERT_TRUE(describe(signal(connect)));
+        ASSERT_TRUE(describe(connect.encoded()));
     }
 
     LogCapture log;
@@ -72,13 +55,17 @@ protected:
 };
 
 TEST_F(H323ParserTest, SegmentsThatAreNotTpktFramedAreNotDescribed) {
-    const std::string setup = signal(h323::test::setup(1));
-    EXPECT_FALSE(describe(setup, kCaller, kCallee, 2));
-    EXPECT_FALSE(describe(setup, kCaller, kCallee, 3, 0));
-    EXPECT_FALSE(describeSegment(std::string(15, '\0'), kCaller, kCallee));
+    std::string framed = h323::test::tpkt(h323::test::setup(1).encoded());
+    framed[0] = 2;
+    EXPECT_FALSE(describeSegment(framed));
+    framed[0] = 3;
+    framed[2] = framed[3] = 0;
+    EXPECT_FALSE(describeSegment(framed));
+    EXPECT_FALSE(describeSegment(""));
     EXPECT_EQ(text, "");
     // A TPKT length that disagrees with the segment is not checked.
-    EXPECT_TRUE(describe(setup, kCaller, kCallee, 3, 7));
+    framed[3] = 7;
+    EXPECT_TRUE(describeSegment(framed));
 }
 
 TEST_F(H323ParserTest, FastStartSetupDescribesCallPartiesAndEachProposal) {
@@ -88,13 +75,10 @@ TEST_F(H323ParserTest, FastStartSetupDescribesCallPartiesAndEachProposal) {
     h323::test::setIpv4(s.body()["h245Address"], "10.0.0.1", 1721);
     h323::per::Builder::Slot fastStart = s.body()["fastStart"];
     fastStart.append().setBytes(openLogicalChannel(g711Both(1)));
-    Channel g729;
-    g729.lcn = 2;
-    g729.forward = {"g729", 2, MediaAddress::ipv4("10.0.0.5", 49174)};
-    fastStart.append().setBytes(openLogicalChannel(g729));
+    fastStart.append().setBytes(openLogicalChannel({2, {"g729", 2, MediaAddress::ipv4("10.0.0.5", 49174)}}));
     fastStart.append().setBytes("\xff");  // not an OpenLogicalChannel
 
-    ASSERT_TRUE(describe(signal(s)));
+    ASSERT_TRUE(describe(s.encoded()));
     EXPECT_EQ(text, std::string("t:5\nr:4097\nc:") + kGuid1 +
                         "\ns:alice\nd:2000\n"
                         "m:1:fcodec:g711Ulaw64k 20,rtp:10.0.0.5 49170rcodec:g711Ulaw64k 20,rtp:10.0.0.5 49172\n"
@@ -109,7 +93,7 @@ TEST_F(H323ParserTest, FastStartSetupDescribesCallPartiesAndEachProposal) {
 }
 
 TEST_F(H323ParserTest, SetupWithoutAliasesNamesThePartiesByTheirQ931Numbers) {
-    ASSERT_TRUE(describe(signal(h323::test::setup(1))));
+    ASSERT_TRUE(describe(h323::test::setup(1).encoded()));
     EXPECT_EQ(text, std::string("t:5\nr:4097\nc:") + kGuid1 + "\ns:5551000\nd:5552000\n");
     EXPECT_TRUE(log.contains("DEBUG", "SETUP (Q931) Caller: 5551000"));
 
@@ -117,14 +101,14 @@ TEST_F(H323ParserTest, SetupWithoutAliasesNamesThePartiesByTheirQ931Numbers) {
     bare.q931().clear();
     bare.q931().setMessageType(Q931::Setup);
     bare.q931().setCallReference(0x1001, false);
-    ASSERT_TRUE(describe(signal(bare)));
+    ASSERT_TRUE(describe(bare.encoded()));
     EXPECT_EQ(text, std::string("t:5\nr:4097\nc:") + kGuid1 + "\ns:\nd:\n");
 }
 
-TEST_F(H323ParserTest, AnnouncedH245AddressTiesSeparateH245ToTheCall) {
+TEST_F(H323ParserTest, AnnouncedH245AddressTiesSeparateH245ToTheCallUntilTheReleaseNamingIt) {
     // Unknown connection: the channel is dropped and the maps dumped.
     const std::string olc = openLogicalChannelRequest(g711Both(1));
-    EXPECT_FALSE(describe(olc, {"10.0.0.1", 33000}, kCallee));
+    EXPECT_FALSE(describe(olc, kH245Peer, kCallee));
     EXPECT_TRUE(log.contains("ERROR", "Dropping pkt as received OLC does not match existing session"));
     EXPECT_TRUE(log.contains("DEBUG", "Tx IP:Port=10.0.0.1:33000\nRx IP:Port=10.0.0.2:40001"));
     EXPECT_TRUE(log.contains("DEBUG", "CallRefMap is empty"));
@@ -135,18 +119,25 @@ TEST_F(H323ParserTest, AnnouncedH245AddressTiesSeparateH245ToTheCall) {
     EXPECT_TRUE(log.contains("DEBUG", "Inserted 10.0.0.2:40001 and 4097 into H245 Map"));
 
     // Either direction of the H.245 connection finds the call.
-    ASSERT_TRUE(describe(olc, {"10.0.0.1", 33000}, kCallee));
+    ASSERT_TRUE(describe(olc, kH245Peer, kCallee));
     EXPECT_EQ(text, "t:130\nr:4097\nm:1:fcodec:g711Ulaw64k 20,rtp:10.0.0.5 49170rcodec:g711Ulaw64k 20,rtp:10.0.0.5 49172\n");
     const std::string ack =
         openLogicalChannelAck(1, MediaAddress::ipv4("10.0.0.2", 5000), MediaAddress::ipv4("10.0.0.2", 5002));
-    ASSERT_TRUE(describe(ack, kCallee, {"10.0.0.1", 33000}));
+    ASSERT_TRUE(describe(ack, kCallee, kH245Peer));
     EXPECT_EQ(text, "t:131\nr:4097\na:1:rtp:10.0.0.2 5000rtp:10.0.0.2 5002\n");
 
-    // The ReleaseComplete that names the call ends its entries.
+    // A ReleaseComplete without a call id leaves the call in the maps...
+    Signal anonymous(Q931::ReleaseComplete, "releaseComplete", 0x1001, true);
+    anonymous.body()["reason"].choose("destinationRejection");
+    ASSERT_TRUE(describe(anonymous.encoded()));
+    EXPECT_EQ(text, "t:90\nr:4097\n");
+    EXPECT_EQ(parser.getCallRefMap().size(), 1u);
+    EXPECT_EQ(parser.getH245Map().size(), 1u);
+    // ... the one that names the call ends its entries.
     Signal release(Q931::ReleaseComplete, "releaseComplete", 0x1001, true);
     h323::test::setCallId(release.body(), 1);
     release.body()["reason"].choose("undefinedReason");
-    ASSERT_TRUE(describe(signal(release)));
+    ASSERT_TRUE(describe(release.encoded()));
     EXPECT_EQ(text, std::string("t:90\nr:4097\nc:") + kGuid1 + "\n");
     EXPECT_TRUE(log.contains("DEBUG", std::string("ReleaseComplete CallId: ") + kGuid1 + " CallRef:4097"));
     EXPECT_TRUE(log.contains("DEBUG", "Erased 4097 and 10.0.0.2:40001 from Call Reference Map"));
@@ -154,20 +145,10 @@ TEST_F(H323ParserTest, AnnouncedH245AddressTiesSeparateH245ToTheCall) {
     EXPECT_TRUE(parser.getH245Map().empty());
 }
 
-TEST_F(H323ParserTest, ReleaseCompleteWithoutCallIdLeavesTheCallInTheMaps) {
-    connectWithH245Address();
-    Signal release(Q931::ReleaseComplete, "releaseComplete", 0x1001, true);
-    release.body()["reason"].choose("destinationRejection");
-    ASSERT_TRUE(describe(signal(release)));
-    EXPECT_EQ(text, "t:90\nr:4097\n");
-    EXPECT_EQ(parser.getCallRefMap().size(), 1u);
-    EXPECT_EQ(parser.getH245Map().size(), 1u);
-}
-
 TEST_F(H323ParserTest, NonIpv4H245AddressIsReportedAndNotFollowed) {
     Signal connect = h323::test::answer(Q931::Connect, "connect", 1);
     connect.body()["h245Address"].choose("netBios").setBytes(std::string(16, 'n'));
-    ASSERT_TRUE(describe(signal(connect)));
+    ASSERT_TRUE(describe(connect.encoded()));
     EXPECT_TRUE(log.contains("DEBUG", "CONNECT has h245 address which is not IPv4"));
     EXPECT_TRUE(log.contains("ERROR", "netBios"));
     EXPECT_TRUE(parser.getCallRefMap().empty());
@@ -180,51 +161,50 @@ TEST_F(H323ParserTest, EmptyFacilityDescribesItsTunnelledChannelsWithoutMapLooku
     control.append().setBytes(masterSlaveDetermination());
     control.append().setBytes(userInputAlphanumeric("42"));
     control.append().setBytes(openLogicalChannelRequest(g711Both(3)));
-    ASSERT_TRUE(describe(signal(facility)));
+    ASSERT_TRUE(describe(facility.encoded()));
     EXPECT_EQ(text, "t:98\nr:4098\ni:42\n"
                     "m:3:fcodec:g711Ulaw64k 20,rtp:10.0.0.5 49170rcodec:g711Ulaw64k 20,rtp:10.0.0.5 49172\n");
 
     // Tunnelled digits alone are not forwarded.
     Signal digits(Q931::Facility, "empty", 0x1002, false);
     digits.pdu()["h245Control"].append().setBytes(userInputAlphanumeric("7"));
-    EXPECT_FALSE(describe(signal(digits)));
+    EXPECT_FALSE(describe(digits.encoded()));
     EXPECT_TRUE(log.contains("DEBUG", "H.245 DTMF Passed: 7"));
 }
 
 TEST_F(H323ParserTest, ChannelDescriptionsFollowTheCodecAndMediaRules) {
     connectWithH245Address();
-    const Endpoint h245Peer{"10.0.0.1", 33000};
-    Channel video;
-    video.lcn = 4;
-    video.forward = {"h261", 0, MediaAddress::ipv4("10.0.0.5", 49180)};
-    ASSERT_TRUE(describe(openLogicalChannelRequest(video), h245Peer, kCallee));
-    EXPECT_EQ(text, "t:130\nr:4097\nm:4:rtp:10.0.0.5 49180\n");
-
-    Channel g7231;
-    g7231.lcn = 5;
-    g7231.forward = {"g7231", 4, MediaAddress{MediaAddress::Ipv6, "", 49182}};
-    ASSERT_TRUE(describe(openLogicalChannelRequest(g7231), h245Peer, kCallee));
-    EXPECT_EQ(text, "t:130\nr:4097\nm:5:fcodec:g7231 0,\n");
-    EXPECT_TRUE(log.contains("DEBUG", "MediaChannel address is not IPv4. iP6Address is not supported"));
-
-    Channel multicast;
-    multicast.lcn = 6;
-    multicast.forward = {"g711Alaw64k", 30, MediaAddress{MediaAddress::Multicast, "224.0.1.2", 5004}};
-    ASSERT_TRUE(describe(openLogicalChannelRequest(multicast), h245Peer, kCallee));
-    EXPECT_EQ(text, "t:130\nr:4097\nm:6:fcodec:g711Alaw64k 30,\n");
-    EXPECT_TRUE(log.contains("DEBUG", "MediaChannel Address is not Unicast. multicastAddress is not supported"));
-
-    ASSERT_TRUE(describe(openLogicalChannelAck(7, {}, {}), kCallee, h245Peer));
+    const struct {
+        Direction forward;
+        const char* description;
+        const char* logged;
+    } cases[] = {
+        {{"h261", 0, MediaAddress::ipv4("10.0.0.5", 49180)}, "m:4:rtp:10.0.0.5 49180\n", nullptr},
+        {{"g7231", 4, {MediaAddress::Ipv6, "", 49182}},
+         "m:5:fcodec:g7231 0,\n",
+         "MediaChannel address is not IPv4. iP6Address is not supported"},
+        {{"g711Alaw64k", 30, {MediaAddress::Multicast, "224.0.1.2", 5004}},
+         "m:6:fcodec:g711Alaw64k 30,\n",
+         "MediaChannel Address is not Unicast. multicastAddress is not supported"},
+    };
+    unsigned lcn = 4;
+    for (const auto& c : cases) {
+        ASSERT_TRUE(describe(openLogicalChannelRequest({lcn++, c.forward}), kH245Peer, kCallee));
+        EXPECT_EQ(text, std::string("t:130\nr:4097\n") + c.description);
+        if (c.logged) {
+            EXPECT_TRUE(log.contains("DEBUG", c.logged));
+        }
+    }
+    ASSERT_TRUE(describe(openLogicalChannelAck(7, {}, {}), kCallee, kH245Peer));
     EXPECT_EQ(text, "t:131\nr:4097\na:7:\n");
 }
 
 TEST_F(H323ParserTest, OnlyTheDispatchedMessagesWithTheirOwnBodyAreDescribed) {
-    EXPECT_FALSE(describe(signal(h323::test::answer(Q931::Status, "status", 1))));
+    EXPECT_FALSE(describe(h323::test::answer(Q931::Status, "status", 1).encoded()));
     EXPECT_EQ(text, "t:125\nr:4097\n");  // its lines stay, but nothing is forwarded
-    EXPECT_FALSE(describe(signal(h323::test::answer(Q931::Setup, "alerting", 1))));
-    Signal noUserUser = h323::test::setup(1);
-    h323::Q931 plain = noUserUser.q931();
-    EXPECT_FALSE(describe(bytesOf(plain.encode())));
+    EXPECT_FALSE(describe(h323::test::answer(Q931::Setup, "alerting", 1).encoded()));
+    const std::vector<uint8_t> noUserUser = h323::test::setup(1).q931().encode();
+    EXPECT_FALSE(describe(std::string(noUserUser.begin(), noUserUser.end())));
     // Stand-alone H.245 other than a channel is never described.
     EXPECT_FALSE(describe(masterSlaveDetermination()));
 }
@@ -232,7 +212,7 @@ TEST_F(H323ParserTest, OnlyTheDispatchedMessagesWithTheirOwnBodyAreDescribed) {
 TEST_F(H323ParserTest, InformationCarriesTheDialledDigits) {
     Signal info = h323::test::answer(Q931::Information, "information", 1, false);
     info.q931().setPartyNumber(Q931::CalledPartyNumber, "5#", 0, 1);
-    ASSERT_TRUE(describe(signal(info)));
+    ASSERT_TRUE(describe(info.encoded()));
     EXPECT_EQ(text, std::string("t:123\nr:4097\nc:") + kGuid1 + "\ni:5#\n");
     EXPECT_TRUE(log.contains("DEBUG", "Digit: 5#"));
 }
@@ -264,7 +244,7 @@ TEST_F(H323ParserTest, TraceLogsTheDecodedMessagesAtInfo) {
     parser.setTraceSignalling(true);
     Signal facility(Q931::Facility, "empty", 0x1002, false);
     facility.pdu()["h245Control"].append().setBytes(openLogicalChannelRequest(g711Both(3)));
-    ASSERT_TRUE(describe(signal(facility)));
+    ASSERT_TRUE(describe(facility.encoded()));
     const std::vector<std::string> info = log.messages("INFO");
     ASSERT_EQ(info.size(), 2u);
     // The H.245 message at once, then the whole segment's trace.
