@@ -1,5 +1,7 @@
 // The synthetic H.323 call played on lo, recorded by the recorder through the
 // sniffer: the recorder learns the media from the call's descriptions.
+#include "Network.h"
+#include "Programs.h"
 #include "Recording.h"
 #include "SyntheticCall.h"
 #include "Tools.h"
@@ -11,8 +13,6 @@
 #include <unistd.h>
 
 namespace {
-
-using namespace std::chrono_literals;
 
 constexpr unsigned kRtpPackets = 100;
 
@@ -28,7 +28,7 @@ std::string descriptionLine(const std::string& description, const std::string& p
 TEST(H323Recording, SyntheticCallIsRecordedWithTheMediaItsDescriptionsAnnounce) {
     if (geteuid() != 0)
         GTEST_SKIP() << "live capture on lo needs root";
-    if (programPath("tshark").empty())
+    if (onPath("tshark").empty())
         GTEST_SKIP() << "tshark is not installed (scripts/setup installs it)";
 
     // Signalling and H.245 on ports of this run; the generator's media ports are fixed.
@@ -84,10 +84,10 @@ TEST(H323Recording, SyntheticCallIsRecordedWithTheMediaItsDescriptionsAnnounce) 
         ++recorded[packet.rtp ? packet.direction() : "not RTP"];
     EXPECT_EQ(recorded, expected);
 
-    const WavFormat wav = readWavFormat(folder + "/call.wav");
+    const Wav wav = readWav(folder + "/call.wav");
     EXPECT_EQ(wav.channels, 2u);
-    EXPECT_GE(wav.seconds, kRtpPackets * 0.02 - 0.001);
-    EXPECT_LE(wav.seconds, kRtpPackets * 0.02 + 1.1);
+    EXPECT_GE(wav.seconds(), kRtpPackets * 0.02 - 0.001);
+    EXPECT_LE(wav.seconds(), kRtpPackets * 0.02 + 1.1);
 }
 
 }  // namespace

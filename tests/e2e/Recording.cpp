@@ -1,10 +1,7 @@
 #include "Recording.h"
 
-#include "Tools.h"
-
-#include <sstream>
-
-using namespace std::chrono_literals;
+#include "Network.h"
+#include "Programs.h"
 
 namespace {
 
@@ -26,7 +23,7 @@ Recording::Recording(const TempDir& dir, unsigned port, const std::string& filte
                                         "\nLogLevel=INFO\nTraceSignalling=yes\n");
     dir.write("log4cxx.properties", kLogConfig);
     // The sniffer connects once it starts; a recorder that is late shows in waitUntilReady().
-    waitUntil([&] { return fileHas(dir.file("recorder.log"), "Listening for the sniffer"); }, 5s);
+    waitForText(dir.file("recorder.log"), "Listening for the sniffer", 5s);
     sniffer_ = std::make_unique<ChildProcess>(
         std::vector<std::string>{SNIFFER_PROGRAM, "-c", dir.file("sniffer.properties"), "-l",
                                  dir.file("log4cxx.properties")},
@@ -34,20 +31,8 @@ Recording::Recording(const TempDir& dir, unsigned port, const std::string& filte
 }
 
 bool Recording::waitUntilReady(std::chrono::milliseconds limit) const {
-    return waitUntil(
-        [&] {
-            return fileHas(dir_.file("recorder.log"), "Listening for the sniffer") &&
-                   fileHas(dir_.file("sniffer.log"), "Sniffing started.");
-        },
-        limit);
-}
-
-std::vector<std::string> Recording::calls() const {
-    std::vector<std::string> lines;
-    std::istringstream in(readFile(output() + "/calls.jsonl"));
-    for (std::string line; std::getline(in, line);)
-        lines.push_back(line);
-    return lines;
+    return waitForText(dir_.file("recorder.log"), "Listening for the sniffer", limit) &&
+           waitForText(dir_.file("sniffer.log"), "Sniffing started.", limit);
 }
 
 std::vector<std::string> Recording::waitForCalls(size_t count, std::chrono::milliseconds limit) const {

@@ -4,6 +4,7 @@
 #define TESTS_E2E_RECORDING_H
 
 #include "ChildProcess.h"
+#include "Tools.h"
 
 #include <chrono>
 #include <memory>
@@ -24,7 +25,7 @@ public:
     void stop();
 
     std::string output() const { return dir_.file("out"); }
-    std::vector<std::string> calls() const;
+    std::vector<std::string> calls() const { return readLines(output() + "/calls.jsonl"); }
     // Both logs, for the message of a failed assertion.
     std::string logs() const;
 

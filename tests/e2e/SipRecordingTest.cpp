@@ -1,6 +1,8 @@
 // Real SIP calls between two SIPp instances on lo, recorded by the recorder
 // through the sniffer, over each of the sniffer's links to the recorder.
 // tcpdump captures the same traffic; tshark reads both captures.
+#include "Network.h"
+#include "Programs.h"
 #include "Recording.h"
 #include "Tools.h"
 
@@ -14,8 +16,6 @@
 #include <unistd.h>
 
 namespace {
-
-using namespace std::chrono_literals;
 
 constexpr size_t kCalls = 2;
 // The caller plays all of SIPp's g711a.pcap before it hangs up: 236 packets each way.
@@ -89,8 +89,8 @@ double audioSpan(const std::vector<Packet>& packets, const std::string& directio
     }
     if (!first)
         return 0;
-    const unsigned kRtpHeader = 12;
-    return double(last->timestamp - first->timestamp + (last->size - kRtpHeader)) / 8000;
+    const size_t kRtpHeader = 12;
+    return double(last->timestamp - first->timestamp + (last->payload.size() - kRtpHeader)) / 8000;
 }
 
 class SipRecording : public ::testing::TestWithParam<std::string> {
@@ -99,18 +99,18 @@ protected:
         if (geteuid() != 0)
             GTEST_SKIP() << "live capture on lo needs root";
         for (const char* tool : {"sipp", "tshark", "tcpdump"})
-            if (programPath(tool).empty())
+            if (onPath(tool).empty())
                 GTEST_SKIP() << tool << " is not installed (scripts/setup installs it)";
     }
 
     // The caller's calls, one after the other, answered by a callee that echoes the audio.
     void placeCalls() {
-        ChildProcess callee({programPath("sipp"), "-sn", "uas", "-i", "127.0.0.1", "-p",
+        ChildProcess callee({onPath("sipp"), "-sn", "uas", "-i", "127.0.0.1", "-p",
                              std::to_string(ports.calleeSip()), "-mp", std::to_string(ports.calleeMedia()),
                              "-rtp_echo", "-m", std::to_string(kCalls), "-nostdin"},
                             dir.file("callee.log"), dir.path());
         std::this_thread::sleep_for(500ms);  // the caller retransmits an INVITE sent too early anyway
-        ChildProcess caller({programPath("sipp"), "-sf", SIPP_CALLER_SCENARIO,
+        ChildProcess caller({onPath("sipp"), "-sf", SIPP_CALLER_SCENARIO,
                              ports.address(ports.calleeSip()), "-i", "127.0.0.1", "-p",
                              std::to_string(ports.callerSip()), "-mp", std::to_string(ports.callerMedia()), "-m",
                              std::to_string(kCalls), "-l", "1", "-nostdin"},
@@ -127,12 +127,11 @@ protected:
 
 TEST_P(SipRecording, EachCallHasAllItsSipAndRtpPacketsAndItsAudio) {
     Recording recording(dir, ports.recorder(), ports.captured(), GetParam());
-    ChildProcess tcpdump({programPath("tcpdump"), "-i", "lo", "-U", "-Z", "root", "-w", dir.file("sent.pcap"),
+    ChildProcess tcpdump({onPath("tcpdump"), "-i", "lo", "-U", "-Z", "root", "-w", dir.file("sent.pcap"),
                           ports.captured()},
                          dir.file("tcpdump.log"));
     ASSERT_TRUE(recording.waitUntilReady(10s)) << recording.logs();
-    ASSERT_TRUE(waitUntil([&] { return fileHas(dir.file("tcpdump.log"), "listening on lo"); }, 5s))
-        << readFile(dir.file("tcpdump.log"));
+    ASSERT_TRUE(waitForText(dir.file("tcpdump.log"), "listening on lo", 5s)) << readFile(dir.file("tcpdump.log"));
 
     placeCalls();
     if (HasFatalFailure())
@@ -173,10 +172,7 @@ TEST_P(SipRecording, EachCallHasAllItsSipAndRtpPacketsAndItsAudio) {
         // The call's RTP as tcpdump saw it, both ways.
         const auto [start, end] = mediaWindow(starts, callId);
         const std::map<std::string, uint64_t> sentRtp = rtpCounts(sent, start, end);
-        for (const std::string& direction : {toCallee, toCaller}) {
-            const auto found = sentRtp.find(direction);
-            EXPECT_EQ(found == sentRtp.end() ? 0 : found->second, kAudioPackets) << direction;
-        }
+        EXPECT_EQ(sentRtp, (std::map<std::string, uint64_t>{{toCallee, kAudioPackets}, {toCaller, kAudioPackets}}));
         EXPECT_EQ(rtpCounts(recorded), sentRtp);
 
         std::map<std::string, uint64_t> streams;
@@ -190,13 +186,13 @@ TEST_P(SipRecording, EachCallHasAllItsSipAndRtpPacketsAndItsAudio) {
 
         // Both directions in a channel each. Each direction starts where its first packet
         // arrived, which the capture's hand-over delay may put up to a second later.
-        const WavFormat wav = readWavFormat(folder + "/call.wav");
+        const Wav wav = readWav(folder + "/call.wav");
         EXPECT_EQ(wav.channels, 2u);
         EXPECT_EQ(wav.rate, 8000u);
         const double audio = audioSpan(recorded, toCallee);
         EXPECT_GT(audio, 3.0);
-        EXPECT_GE(wav.seconds, audio - 0.001);
-        EXPECT_LE(wav.seconds, audio + 1.1);
+        EXPECT_GE(wav.seconds(), audio - 0.001);
+        EXPECT_LE(wav.seconds(), audio + 1.1);
     }
     if (HasFailure())
         std::cerr << recording.logs();
