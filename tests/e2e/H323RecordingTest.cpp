@@ -67,16 +67,12 @@ TEST(H323Recording, SyntheticCallIsRecordedWithTheMediaItsDescriptionsAnnounce) 
     EXPECT_EQ(jsonValue(calls[0], "end_reason"), "release complete");
     EXPECT_EQ(jsonValue(calls[0], "signalling_packets"), std::to_string(steps.size()));
 
-    std::map<std::string, uint64_t> streams;
-    for (const StreamRecord& stream : streamRecords(calls[0])) {
-        streams[stream.source + " > " + stream.destination] += stream.packets;
-        EXPECT_EQ(stream.codec, "PCMU/8000");
-        EXPECT_EQ(stream.lost, 0u);
-        EXPECT_EQ(stream.outOfOrder, 0u);
-    }
     const std::map<std::string, uint64_t> expected = {{caller + " > " + callee, kRtpPackets},
                                                       {callee + " > " + caller, kRtpPackets}};
-    EXPECT_EQ(streams, expected) << calls[0];
+    std::vector<std::string> streams;
+    for (const auto& [direction, packets] : expected)
+        streams.push_back(streamRecord(direction, "PCMU/8000", packets));
+    EXPECT_EQ(streamRecords(calls[0]), streams);
 
     // call.pcap holds the RTP only: the signalling reaches the recorder as descriptions.
     std::map<std::string, uint64_t> recorded;

@@ -2,6 +2,7 @@
 
 #include "ChildProcess.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -135,15 +136,22 @@ std::string jsonValue(const std::string& json, const std::string& key) {
     return json.substr(start, json.find_first_of(",}]", start) - start);
 }
 
-std::vector<StreamRecord> streamRecords(const std::string& json) {
+std::vector<std::string> streamRecords(const std::string& json) {
     static const std::regex stream(
         R"re(\{"destination":"([^"]*)","source":"([^"]*)","speaker":"\w+","payload_type":-?\d+,"codec":"([^"]*)",)re"
         R"re("packets":(\d+),"bytes":\d+,"lost":(\d+),"out_of_order":(\d+))re");
-    std::vector<StreamRecord> records;
+    std::vector<std::string> records;
     for (std::sregex_iterator match(json.begin(), json.end(), stream), end; match != end; ++match)
-        records.push_back({(*match)[1], (*match)[2], (*match)[3], std::stoull((*match)[4]),
-                           std::stoull((*match)[5]), std::stoull((*match)[6])});
+        records.push_back(streamRecord((*match)[2].str() + " > " + (*match)[1].str(), (*match)[3],
+                                       std::stoull((*match)[4]), std::stoull((*match)[5]), std::stoull((*match)[6])));
+    std::sort(records.begin(), records.end());
     return records;
+}
+
+std::string streamRecord(const std::string& direction, const std::string& codec, uint64_t packets, uint64_t lost,
+                         uint64_t outOfOrder) {
+    return direction + " " + codec + ": " + std::to_string(packets) + " packets, " + std::to_string(lost) +
+           " lost, " + std::to_string(outOfOrder) + " out of order";
 }
 
 std::string compactJson(const std::string& json) {

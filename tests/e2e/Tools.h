@@ -44,12 +44,11 @@ Wav readWav(const std::string& path);
 // A compact JSON text's string or number value of `key` (first occurrence), "" when absent.
 std::string jsonValue(const std::string& json, const std::string& key);
 
-// The per-stream part of a call's JSON.
-struct StreamRecord {
-    std::string destination, source, codec;
-    uint64_t packets = 0, lost = 0, outOfOrder = 0;
-};
-std::vector<StreamRecord> streamRecords(const std::string& json);
+// The streams of a call's JSON, sorted, each as streamRecord() writes one.
+std::vector<std::string> streamRecords(const std::string& json);
+// "source > destination codec: N packets, L lost, O out of order"
+std::string streamRecord(const std::string& direction, const std::string& codec, uint64_t packets, uint64_t lost = 0,
+                         uint64_t outOfOrder = 0);
 
 // Whitespace outside strings removed: call.json as the line calls.jsonl holds.
 std::string compactJson(const std::string& json);
