@@ -40,9 +40,10 @@ TEST(H323Recording, SyntheticCallIsRecordedWithTheMediaItsDescriptionsAnnounce) 
     const std::string callee = "127.0.0.1:" + std::to_string(addresses.calleeRtpPort);
 
     TempDir dir;
-    Recording recording(dir, base + 20, "tcp portrange " + std::to_string(base) + "-" + std::to_string(base + 1) +
-                                            " or udp port " + std::to_string(addresses.callerRtpPort) +
-                                            " or udp port " + std::to_string(addresses.calleeRtpPort),
+    Recording recording(dir,
+                        "tcp portrange " + std::to_string(base) + "-" + std::to_string(base + 1) + " or udp port " +
+                            std::to_string(addresses.callerRtpPort) + " or udp port " +
+                            std::to_string(addresses.calleeRtpPort),
                         "TCP");
     ASSERT_TRUE(recording.waitUntilReady(10s)) << recording.logs();
     ChildProcess call({H323CALL_PROGRAM, "--port", std::to_string(base), "--h245-port", std::to_string(base + 1),

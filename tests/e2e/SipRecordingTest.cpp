@@ -21,7 +21,7 @@ constexpr size_t kCalls = 2;
 // The caller plays all of SIPp's g711a.pcap before it hangs up: 236 packets each way.
 constexpr uint64_t kAudioPackets = 236;
 
-// The ports of one run; the recorder's lies outside the captured range.
+// The ports of one run.
 struct Ports {
     unsigned base = portBlock();
 
@@ -29,7 +29,6 @@ struct Ports {
     unsigned callerSip() const { return base + 1; }
     unsigned callerMedia() const { return base + 4; }  // SIPp takes up to 4 from here
     unsigned calleeMedia() const { return base + 10; }
-    unsigned recorder() const { return base + 20; }
     std::string captured() const {
         return "udp portrange " + std::to_string(base) + "-" + std::to_string(base + 19);
     }
@@ -119,7 +118,7 @@ protected:
 };
 
 TEST_P(SipRecording, EachCallHasAllItsSipAndRtpPacketsAndItsAudio) {
-    Recording recording(dir, ports.recorder(), ports.captured(), GetParam());
+    Recording recording(dir, ports.captured(), GetParam());
     ChildProcess tcpdump({onPath("tcpdump"), "-i", "lo", "-U", "-Z", "root", "-w", dir.file("sent.pcap"),
                           ports.captured()},
                          dir.file("tcpdump.log"));
@@ -137,7 +136,7 @@ TEST_P(SipRecording, EachCallHasAllItsSipAndRtpPacketsAndItsAudio) {
     const std::vector<std::string> calls = recording.calls();
     ASSERT_EQ(calls.size(), kCalls) << recording.logs();
     const char* const linked = GetParam() == "TCP" ? "Sniffer connected from" : "Sniffer sends datagrams from";
-    EXPECT_NE(readFile(dir.file("recorder.log")).find(linked), std::string::npos) << recording.logs();
+    EXPECT_NE(recording.recorder().log().find(linked), std::string::npos) << recording.logs();
     const std::vector<unsigned> rtpPorts = {ports.callerMedia(), ports.calleeMedia()};
     const std::vector<Packet> sent = readPackets(dir.file("sent.pcap"), rtpPorts);
     const std::string toCallee = ports.address(ports.callerMedia()) + " > " + ports.address(ports.calleeMedia());

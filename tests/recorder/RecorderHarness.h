@@ -21,7 +21,7 @@ public:
     std::filesystem::path output() const { return dir_.file("out"); }
     std::string log() const { return readFile(dir_.file("recorder.log")); }
     bool waitForLog(const std::string& text, std::chrono::milliseconds timeout = 3s) const;
-    // The lines of calls.jsonl once there are `count` of them.
+    // The lines of calls.jsonl once there are at least `count`, or those there are after `timeout`.
     std::vector<std::string> waitForCalls(size_t count, std::chrono::milliseconds timeout = 5s) const;
     // SIGTERM and wait; the exit status.
     int stop();
