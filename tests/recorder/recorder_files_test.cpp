@@ -68,7 +68,7 @@ protected:
     std::string folder;
 };
 
-TEST_F(RecorderFiles, IndexHasOneLinePerCallInTheOrderTheyEnded)
+TEST_F(RecorderFiles, IndexHasOneLinePerCallInTheOrderTheyEndedAndCallJsonTheSameRecord)
 {
     EXPECT_NE(calls[0].find("\"call_id\":\"call-a@10.0.0.1\",\"caller\":\"sip:alice@10.0.0.1\","
                             "\"callee\":\"sip:bob@10.0.0.2\""),
@@ -79,11 +79,10 @@ TEST_F(RecorderFiles, IndexHasOneLinePerCallInTheOrderTheyEnded)
     EXPECT_EQ(jsonValue(calls[1], "end_reason"), "rejected 486");
     EXPECT_EQ(jsonValue(calls[1], "signalling_packets"), "3");
     EXPECT_NE(calls[1].find("\"files\":{\"pcap\":\"call.pcap\",\"wav\":null}"), std::string::npos);
-}
 
-TEST_F(RecorderFiles, CallJsonCountsEachStreamWithItsLossesAndReordering)
-{
+    // call.json holds the same record laid out over lines.
     const std::string json = readFile(folder + "/call.json");
+    EXPECT_EQ(compactJson(json), calls[0]);
     EXPECT_NE(json.find("\"signalling_packets\": 6"), std::string::npos) << json;
     EXPECT_NE(json.find(R"("address": "10.0.0.1:4000",
       "owner": "caller",
@@ -91,7 +90,7 @@ TEST_F(RecorderFiles, CallJsonCountsEachStreamWithItsLossesAndReordering)
         "PCMU/8000"
       ])"), std::string::npos) << json;
 
-    // The index holds the same record on one line.
+    // Each stream counted with its losses and reordering.
     EXPECT_NE(calls[0].find(R"({"destination":"10.0.0.2:5000","source":"10.0.0.1:4000","speaker":"caller",)"
                             R"("payload_type":8,"codec":"PCMA/8000","packets":6,"bytes":1032,"lost":1,)"
                             R"("out_of_order":1,"wav_channel":0})"),

@@ -38,9 +38,8 @@ public final class LifecycleTest extends LoopbackTest {
         channel.breakMainLoop();
         byte[] buffer = new byte[64];
         Arrays.fill(buffer, (byte) 0x5A);
+        byte[] untouched = buffer.clone();
         Check.equal(0, channel.getPacket(buffer), "getPacket without a run");
-        byte[] untouched = new byte[64];
-        Arrays.fill(untouched, (byte) 0x5A);
         Check.bytes(untouched, buffer, "array after getPacket without a run");
 
         // The earlier breakMainLoop must not end the next run.
