@@ -1,6 +1,8 @@
 // Real SIP calls between two SIPp instances on lo, recorded by the recorder
 // through the sniffer, over each of the sniffer's links to the recorder.
 // tcpdump captures the same traffic; tshark reads both captures.
+#include "Network.h"
+#include "Programs.h"
 #include "Recording.h"
 #include "Tools.h"
 
@@ -15,13 +17,11 @@
 
 namespace {
 
-using namespace std::chrono_literals;
-
 constexpr size_t kCalls = 2;
 // The caller plays all of SIPp's g711a.pcap before it hangs up: 236 packets each way.
 constexpr uint64_t kAudioPackets = 236;
 
-// The ports of one run; the recorder's lies outside the captured range.
+// The ports of one run.
 struct Ports {
     unsigned base = portBlock();
 
@@ -29,7 +29,6 @@ struct Ports {
     unsigned callerSip() const { return base + 1; }
     unsigned callerMedia() const { return base + 4; }  // SIPp takes up to 4 from here
     unsigned calleeMedia() const { return base + 10; }
-    unsigned recorder() const { return base + 20; }
     std::string captured() const {
         return "udp portrange " + std::to_string(base) + "-" + std::to_string(base + 19);
     }
@@ -44,26 +43,20 @@ std::vector<std::string> sipMessages(const std::vector<Packet>& packets, const s
     return messages;
 }
 
-// When each call's first SIP message was captured.
-std::map<std::string, double> callStarts(const std::vector<Packet>& packets) {
-    std::map<std::string, double> starts;
-    for (const Packet& packet : packets)
-        if (!packet.callId.empty())
-            starts.emplace(packet.callId, packet.time);
-    return starts;
-}
-
 // The calls share their media addresses, so RTP belongs to the call whose signalling announced
-// them last: from the call's first message to the next call's.
-std::pair<double, double> mediaWindow(const std::map<std::string, double>& starts, const std::string& callId) {
-    const auto found = starts.find(callId);
-    if (found == starts.end())
-        return {0, 0};
-    double end = 1e12;
-    for (const auto& [other, start] : starts)
-        if (start > found->second)
-            end = std::min(end, start);
-    return {found->second, end};
+// them last: from the call's first message to the first message of the next call.
+std::pair<double, double> mediaWindow(const std::vector<Packet>& packets, const std::string& callId) {
+    std::set<std::string> seen;
+    double start = 0;
+    for (const Packet& packet : packets) {
+        if (packet.callId.empty() || !seen.insert(packet.callId).second)
+            continue;
+        if (packet.callId == callId)
+            start = packet.time;
+        else if (seen.count(callId))
+            return {start, packet.time};
+    }
+    return {start, 1e12};
 }
 
 // RTP packets per direction, of those captured between `from` and `to`.
@@ -77,20 +70,19 @@ std::map<std::string, uint64_t> rtpCounts(const std::vector<Packet>& packets, do
 
 // The seconds of G.711 audio one direction's RTP covers, by its timestamps.
 double audioSpan(const std::vector<Packet>& packets, const std::string& direction) {
-    const Packet* first = nullptr;
-    const Packet* last = nullptr;
+    const size_t kRtpHeader = 12;
+    uint32_t first = UINT32_MAX, last = 0;
+    size_t lastSamples = 0;
     for (const Packet& packet : packets) {
         if (!packet.rtp || packet.direction() != direction)
             continue;
-        if (!first || packet.timestamp < first->timestamp)
-            first = &packet;
-        if (!last || packet.timestamp > last->timestamp)
-            last = &packet;
+        first = std::min(first, packet.timestamp);
+        if (packet.timestamp >= last) {
+            last = packet.timestamp;
+            lastSamples = packet.payload.size() - kRtpHeader;
+        }
     }
-    if (!first)
-        return 0;
-    const unsigned kRtpHeader = 12;
-    return double(last->timestamp - first->timestamp + (last->size - kRtpHeader)) / 8000;
+    return first > last ? 0 : double(last - first + lastSamples) / 8000;
 }
 
 class SipRecording : public ::testing::TestWithParam<std::string> {
@@ -99,18 +91,18 @@ protected:
         if (geteuid() != 0)
             GTEST_SKIP() << "live capture on lo needs root";
         for (const char* tool : {"sipp", "tshark", "tcpdump"})
-            if (programPath(tool).empty())
+            if (onPath(tool).empty())
                 GTEST_SKIP() << tool << " is not installed (scripts/setup installs it)";
     }
 
     // The caller's calls, one after the other, answered by a callee that echoes the audio.
     void placeCalls() {
-        ChildProcess callee({programPath("sipp"), "-sn", "uas", "-i", "127.0.0.1", "-p",
+        ChildProcess callee({onPath("sipp"), "-sn", "uas", "-i", "127.0.0.1", "-p",
                              std::to_string(ports.calleeSip()), "-mp", std::to_string(ports.calleeMedia()),
                              "-rtp_echo", "-m", std::to_string(kCalls), "-nostdin"},
                             dir.file("callee.log"), dir.path());
         std::this_thread::sleep_for(500ms);  // the caller retransmits an INVITE sent too early anyway
-        ChildProcess caller({programPath("sipp"), "-sf", SIPP_CALLER_SCENARIO,
+        ChildProcess caller({onPath("sipp"), "-sf", SIPP_CALLER_SCENARIO,
                              ports.address(ports.calleeSip()), "-i", "127.0.0.1", "-p",
                              std::to_string(ports.callerSip()), "-mp", std::to_string(ports.callerMedia()), "-m",
                              std::to_string(kCalls), "-l", "1", "-nostdin"},
@@ -126,13 +118,12 @@ protected:
 };
 
 TEST_P(SipRecording, EachCallHasAllItsSipAndRtpPacketsAndItsAudio) {
-    Recording recording(dir, ports.recorder(), ports.captured(), GetParam());
-    ChildProcess tcpdump({programPath("tcpdump"), "-i", "lo", "-U", "-Z", "root", "-w", dir.file("sent.pcap"),
+    Recording recording(dir, ports.captured(), GetParam());
+    ChildProcess tcpdump({onPath("tcpdump"), "-i", "lo", "-U", "-Z", "root", "-w", dir.file("sent.pcap"),
                           ports.captured()},
                          dir.file("tcpdump.log"));
     ASSERT_TRUE(recording.waitUntilReady(10s)) << recording.logs();
-    ASSERT_TRUE(waitUntil([&] { return fileHas(dir.file("tcpdump.log"), "listening on lo"); }, 5s))
-        << readFile(dir.file("tcpdump.log"));
+    ASSERT_TRUE(waitForText(dir.file("tcpdump.log"), "listening on lo", 5s)) << readFile(dir.file("tcpdump.log"));
 
     placeCalls();
     if (HasFatalFailure())
@@ -145,16 +136,16 @@ TEST_P(SipRecording, EachCallHasAllItsSipAndRtpPacketsAndItsAudio) {
     const std::vector<std::string> calls = recording.calls();
     ASSERT_EQ(calls.size(), kCalls) << recording.logs();
     const char* const linked = GetParam() == "TCP" ? "Sniffer connected from" : "Sniffer sends datagrams from";
-    EXPECT_NE(readFile(dir.file("recorder.log")).find(linked), std::string::npos) << recording.logs();
+    EXPECT_NE(recording.recorder().log().find(linked), std::string::npos) << recording.logs();
     const std::vector<unsigned> rtpPorts = {ports.callerMedia(), ports.calleeMedia()};
     const std::vector<Packet> sent = readPackets(dir.file("sent.pcap"), rtpPorts);
     const std::string toCallee = ports.address(ports.callerMedia()) + " > " + ports.address(ports.calleeMedia());
     const std::string toCaller = ports.address(ports.calleeMedia()) + " > " + ports.address(ports.callerMedia());
 
-    const std::map<std::string, double> starts = callStarts(sent);
     std::set<std::string> sentCalls, recordedCalls;
-    for (const auto& [callId, start] : starts)
-        sentCalls.insert(callId);
+    for (const Packet& packet : sent)
+        if (!packet.callId.empty())
+            sentCalls.insert(packet.callId);
     for (const std::string& call : calls)
         recordedCalls.insert(jsonValue(call, "call_id"));
     EXPECT_EQ(recordedCalls, sentCalls);
@@ -171,32 +162,25 @@ TEST_P(SipRecording, EachCallHasAllItsSipAndRtpPacketsAndItsAudio) {
         EXPECT_EQ(sipMessages(recorded, callId), sentSip);
 
         // The call's RTP as tcpdump saw it, both ways.
-        const auto [start, end] = mediaWindow(starts, callId);
+        const auto [start, end] = mediaWindow(sent, callId);
         const std::map<std::string, uint64_t> sentRtp = rtpCounts(sent, start, end);
-        for (const std::string& direction : {toCallee, toCaller}) {
-            const auto found = sentRtp.find(direction);
-            EXPECT_EQ(found == sentRtp.end() ? 0 : found->second, kAudioPackets) << direction;
-        }
+        EXPECT_EQ(sentRtp, (std::map<std::string, uint64_t>{{toCallee, kAudioPackets}, {toCaller, kAudioPackets}}));
         EXPECT_EQ(rtpCounts(recorded), sentRtp);
 
-        std::map<std::string, uint64_t> streams;
-        for (const StreamRecord& stream : streamRecords(call)) {
-            streams[stream.source + " > " + stream.destination] += stream.packets;
-            EXPECT_EQ(stream.codec, "PCMA/8000");
-            EXPECT_EQ(stream.lost, 0u);
-            EXPECT_EQ(stream.outOfOrder, 0u);
-        }
-        EXPECT_EQ(streams, sentRtp) << call;
+        std::vector<std::string> streams;
+        for (const auto& [direction, packets] : sentRtp)
+            streams.push_back(streamRecord(direction, "PCMA/8000", packets));
+        EXPECT_EQ(streamRecords(call), streams);
 
         // Both directions in a channel each. Each direction starts where its first packet
         // arrived, which the capture's hand-over delay may put up to a second later.
-        const WavFormat wav = readWavFormat(folder + "/call.wav");
+        const Wav wav = readWav(folder + "/call.wav");
         EXPECT_EQ(wav.channels, 2u);
         EXPECT_EQ(wav.rate, 8000u);
         const double audio = audioSpan(recorded, toCallee);
         EXPECT_GT(audio, 3.0);
-        EXPECT_GE(wav.seconds, audio - 0.001);
-        EXPECT_LE(wav.seconds, audio + 1.1);
+        EXPECT_GE(wav.seconds(), audio - 0.001);
+        EXPECT_LE(wav.seconds(), audio + 1.1);
     }
     if (HasFailure())
         std::cerr << recording.logs();

@@ -2,12 +2,12 @@
 
 #include "ChildProcess.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <regex>
 #include <sstream>
-#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -38,41 +38,36 @@ std::vector<std::string> split(const std::string& line, char separator) {
     return fields;
 }
 
-uint32_t little32(const std::string& bytes, size_t at) {
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+std::string fromHex(const std::string& hex) {
+    std::string bytes;
+    for (size_t i = 0; i + 1 < hex.size(); i += 2)
+        bytes += char(std::stoi(hex.substr(i, 2), nullptr, 16));
+    return bytes;
+}
+
+uint32_t little(const std::string& bytes, size_t at, int size) {
     uint32_t value = 0;
-    for (int i = 3; i >= 0; --i)
+    for (int i = size - 1; i >= 0; --i)
         value = value << 8 | uint8_t(bytes[at + i]);
     return value;
 }
 
 }  // namespace
 
-std::string programPath(const std::string& name) {
-    const char* path = std::getenv("PATH");
-    for (const std::string& folder : split(path ? path : "/usr/bin:/bin", ':')) {
-        const std::string candidate = folder + "/" + name;
-        if (!folder.empty() && access(candidate.c_str(), X_OK) == 0)
-            return candidate;
-    }
-    return "";
-}
-
 unsigned portBlock() {
     return 20000 + unsigned(getpid() % 500) * 25;
 }
 
-bool waitUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (!done()) {
-        if (std::chrono::steady_clock::now() >= deadline)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    return true;
-}
-
-bool fileHas(const std::string& path, const std::string& text) {
-    return readFile(path).find(text) != std::string::npos;
+std::vector<std::string> readLines(const std::string& path) {
+    return lines(readFile(path));
 }
 
 std::string Packet::sipSummary() const {
@@ -84,13 +79,11 @@ std::vector<Packet> readPackets(const std::string& pcap, const std::vector<unsig
     for (const unsigned port : rtpPorts)
         command += " -d udp.port==" + std::to_string(port) + ",rtp";
     for (const char* field : {"frame.time_epoch", "ip.src", "udp.srcport", "ip.dst", "udp.dstport", "sip.Call-ID",
-                              "sip.CSeq", "sip.Status-Code", "rtp.timestamp", "udp.length"})
+                              "sip.CSeq", "sip.Status-Code", "rtp.timestamp", "udp.payload"})
         command += std::string(" -e ") + field;
 
     std::vector<Packet> packets;
-    std::istringstream lines(outputOf(command));
-    std::string line;
-    while (std::getline(lines, line)) {
+    for (const std::string& line : lines(outputOf(command))) {
         const std::vector<std::string> f = split(line, '\t');
         if (f.size() != 10)
             continue;
@@ -103,32 +96,33 @@ std::vector<Packet> readPackets(const std::string& pcap, const std::vector<unsig
         packet.status = f[7];
         packet.rtp = !f[8].empty();
         packet.timestamp = uint32_t(std::strtoul(f[8].c_str(), nullptr, 10));
-        packet.size = unsigned(std::strtoul(f[9].c_str(), nullptr, 10)) - 8;
+        packet.payload = fromHex(f[9]);
         packets.push_back(packet);
     }
     return packets;
 }
 
-WavFormat readWavFormat(const std::string& path) {
+Wav readWav(const std::string& path) {
     const std::string bytes = readFile(path);
-    WavFormat format;
+    Wav wav;
     if (bytes.size() < 12 || bytes.compare(0, 4, "RIFF") != 0 || bytes.compare(8, 4, "WAVE") != 0)
-        return format;
+        return wav;
     unsigned bitsPerSample = 0;
     for (size_t at = 12; at + 8 <= bytes.size();) {
         const std::string id = bytes.substr(at, 4);
-        const uint32_t size = little32(bytes, at + 4);
+        const uint32_t size = little(bytes, at + 4, 4);
         if (id == "fmt " && size >= 16 && at + 24 <= bytes.size()) {
-            format.channels = uint8_t(bytes[at + 10]) | uint8_t(bytes[at + 11]) << 8;
-            format.rate = little32(bytes, at + 12);
-            bitsPerSample = uint8_t(bytes[at + 22]) | uint8_t(bytes[at + 23]) << 8;
-        } else if (id == "data" && format.channels && format.rate && bitsPerSample) {
-            format.seconds = double(size) / (format.channels * (bitsPerSample / 8) * format.rate);
-            return format;
+            wav.channels = little(bytes, at + 10, 2);
+            wav.rate = little(bytes, at + 12, 4);
+            bitsPerSample = little(bytes, at + 22, 2);
+        } else if (id == "data" && wav.channels && wav.rate && bitsPerSample == 16 && at + 8 + size <= bytes.size()) {
+            wav.samples.resize(size / 2);
+            std::memcpy(wav.samples.data(), bytes.data() + at + 8, wav.samples.size() * 2);
+            return wav;
         }
         at += 8 + size + (size & 1);
     }
-    return WavFormat{};
+    return Wav{};
 }
 
 std::string jsonValue(const std::string& json, const std::string& key) {
@@ -142,22 +136,22 @@ std::string jsonValue(const std::string& json, const std::string& key) {
     return json.substr(start, json.find_first_of(",}]", start) - start);
 }
 
-std::vector<StreamRecord> streamRecords(const std::string& json) {
+std::vector<std::string> streamRecords(const std::string& json) {
     static const std::regex stream(
         R"re(\{"destination":"([^"]*)","source":"([^"]*)","speaker":"\w+","payload_type":-?\d+,"codec":"([^"]*)",)re"
         R"re("packets":(\d+),"bytes":\d+,"lost":(\d+),"out_of_order":(\d+))re");
-    std::vector<StreamRecord> records;
-    for (std::sregex_iterator match(json.begin(), json.end(), stream), end; match != end; ++match) {
-        StreamRecord record;
-        record.destination = (*match)[1];
-        record.source = (*match)[2];
-        record.codec = (*match)[3];
-        record.packets = std::stoull((*match)[4]);
-        record.lost = std::stoull((*match)[5]);
-        record.outOfOrder = std::stoull((*match)[6]);
-        records.push_back(record);
-    }
+    std::vector<std::string> records;
+    for (std::sregex_iterator match(json.begin(), json.end(), stream), end; match != end; ++match)
+        records.push_back(streamRecord((*match)[2].str() + " > " + (*match)[1].str(), (*match)[3],
+                                       std::stoull((*match)[4]), std::stoull((*match)[5]), std::stoull((*match)[6])));
+    std::sort(records.begin(), records.end());
     return records;
+}
+
+std::string streamRecord(const std::string& direction, const std::string& codec, uint64_t packets, uint64_t lost,
+                         uint64_t outOfOrder) {
+    return direction + " " + codec + ": " + std::to_string(packets) + " packets, " + std::to_string(lost) +
+           " lost, " + std::to_string(outOfOrder) + " out of order";
 }
 
 std::string compactJson(const std::string& json) {

@@ -4,13 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <thread>
+
 namespace recorder::test {
 namespace {
-
-Bytes sipFrame(const std::string& message, bool fromCaller = true)
-{
-    return frame(1, fromCaller ? kCallerSip : kCalleeSip, fromCaller ? kCalleeSip : kCallerSip, message);
-}
 
 Bytes invite(const std::string& callId, const Endpoint& media = kCallerRtp)
 {
@@ -22,15 +20,6 @@ Bytes answer(const std::string& callId)
     return sipFrame(sipResponse(200, "INVITE", callId, sdp("10.0.0.2", 5000, 8)), false);
 }
 
-// INVITE and 200, and the two commands they bring.
-void establish(const TcpSniffer& sniffer, const std::string& callId)
-{
-    sniffer.send(invite(callId));
-    sniffer.send(answer(callId));
-    ASSERT_EQ(sniffer.readCommand(), command(1, kCallerRtp));
-    ASSERT_EQ(sniffer.readCommand(), command(1, kCalleeRtp));
-}
-
 Bytes heartbeatReply()
 {
     Bytes reply(15, 0);
@@ -39,57 +28,105 @@ Bytes heartbeatReply()
     return reply;
 }
 
-TEST(RecorderLink, AsksForEachPartysMediaAndStopsItAtBye)
+// An H.323 description; its last line end travels as a zero byte.
+Bytes h323(bool fromCaller, const std::string& description)
 {
-    RecorderProcess recorder({"--linger", "0.2"});
-    TcpSniffer sniffer(recorder.port());
-
-    sniffer.send(invite("call-1"));
-    EXPECT_EQ(sniffer.readCommand(), (Command{1, 10, 0, 0, 1, 0x0f, 0xa0}));
-    sniffer.send(sipFrame(sipResponse(180, "INVITE", "call-1"), false));
-    sniffer.send(answer("call-1"));
-    EXPECT_EQ(sniffer.readCommand(), (Command{1, 10, 0, 0, 2, 0x13, 0x88}));
-    // The same offer again (a retransmission) asks for nothing new.
-    sniffer.send(invite("call-1"));
-    sniffer.send(sipFrame(sipRequest("BYE", "call-1", "", true), false));
-
-    EXPECT_EQ(sniffer.readCommand(), command(2, kCallerRtp));
-    EXPECT_EQ(sniffer.readCommand(), command(2, kCalleeRtp));
-    EXPECT_TRUE(recorder.waitForLog("Call call-1 ended: bye"));
-    EXPECT_EQ(sniffer.readCommand(300ms), std::nullopt);
+    const Endpoint caller{0x0a000005, 1720}, callee{0x0a000006, 1720};
+    return frame(4, fromCaller ? caller : callee, fromCaller ? callee : caller, description + '\0');
 }
 
-TEST(RecorderLink, ReinviteMovesTheMediaOfThePartyThatSentIt)
-{
-    RecorderProcess recorder;
-    TcpSniffer sniffer(recorder.port());
-    establish(sniffer, "call-2");
+// A frame from the sniffer and the commands it brings back; none means none within 300 ms,
+// as after the last step.
+struct Step {
+    Bytes frame;
+    std::vector<Bytes> commands;
+};
 
-    // The callee re-INVITEs with a new port: its old address goes, the caller's stays.
-    sniffer.send(sipFrame(sipRequest("INVITE", "call-2", sdp("10.0.0.2", 5002, 8), true), false));
-    EXPECT_EQ(sniffer.readCommand(), command(2, kCalleeRtp));
-    EXPECT_EQ(sniffer.readCommand(), command(1, endpoint("10.0.0.2", 5002)));
-    EXPECT_EQ(sniffer.readCommand(300ms), std::nullopt);
+struct Script {
+    std::string name;
+    std::vector<Step> steps;
+    std::vector<std::string> ended;  // in the log, then in the call's line of calls.jsonl
+    std::vector<Bytes> reconnected = {};  // what a sniffer that connects anew is asked for
+};
+
+void PrintTo(const Script& script, std::ostream* out)
+{
+    *out << script.name;
 }
 
-TEST(RecorderLink, RefusedAndCancelledCallsStopTheirMediaButChallengesDoNot)
+class RecorderLinkScript : public ::testing::TestWithParam<Script> {};
+
+TEST_P(RecorderLinkScript, CommandsFollowTheSignalling)
 {
-    RecorderProcess recorder;
-    TcpSniffer sniffer(recorder.port());
-
-    sniffer.send(invite("refused"));
-    ASSERT_EQ(sniffer.readCommand(), command(1, kCallerRtp));
-    sniffer.send(sipFrame(sipResponse(407, "INVITE", "refused"), false));
-    EXPECT_EQ(sniffer.readCommand(300ms), std::nullopt);
-    sniffer.send(sipFrame(sipResponse(486, "INVITE", "refused"), false));
-    EXPECT_EQ(sniffer.readCommand(), command(2, kCallerRtp));
-    EXPECT_TRUE(recorder.waitForLog("Call refused ended: rejected 486"));
-
-    sniffer.send(invite("cancelled", endpoint("10.0.0.1", 4100)));
-    ASSERT_EQ(sniffer.readCommand(), command(1, endpoint("10.0.0.1", 4100)));
-    sniffer.send(sipFrame(sipRequest("CANCEL", "cancelled")));
-    EXPECT_EQ(sniffer.readCommand(), command(2, endpoint("10.0.0.1", 4100)));
+    RecorderProcess recorder({"--linger", "0.1"});
+    std::optional<TcpSniffer> sniffer(std::in_place, recorder.port());
+    for (size_t i = 0; i < GetParam().steps.size(); ++i) {
+        const Step& step = GetParam().steps[i];
+        sniffer->send(step.frame);
+        for (const Bytes& expected : step.commands) {
+            EXPECT_EQ(sniffer->readCommand(), expected) << "step " << i;
+        }
+        if (step.commands.empty()) {
+            EXPECT_EQ(sniffer->readCommand(300ms), Bytes{}) << "step " << i;
+        }
+    }
+    EXPECT_EQ(sniffer->readCommand(300ms), Bytes{}) << "after the last step";
+    if (!GetParam().reconnected.empty()) {
+        sniffer.emplace(recorder.port());
+        for (const Bytes& expected : GetParam().reconnected) {
+            EXPECT_EQ(sniffer->readCommand(), expected) << "after reconnecting";
+        }
+    }
+    const std::vector<std::string>& ended = GetParam().ended;
+    if (ended.empty())
+        return;
+    EXPECT_TRUE(recorder.waitForLog(ended[0])) << recorder.log();
+    const auto calls = recorder.waitForCalls(1);
+    ASSERT_EQ(calls.size(), 1u);
+    for (size_t i = 1; i < ended.size(); ++i)
+        EXPECT_NE(calls[0].find(ended[i]), std::string::npos) << ended[i] << " in " << calls[0];
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    RecorderLink, RecorderLinkScript,
+    ::testing::Values(
+        Script{"SipCallAsksForEachPartysMediaAndStopsItAtBye",
+               {{invite("call-1"), {{1, 10, 0, 0, 1, 0x0f, 0xa0}}},
+                {sipFrame(sipResponse(180, "INVITE", "call-1"), false), {}},
+                {answer("call-1"), {{1, 10, 0, 0, 2, 0x13, 0x88}}},
+                {invite("call-1"), {}},  // a retransmission asks for nothing new
+                {sipFrame(sipRequest("BYE", "call-1", "", true), false),
+                 {command(2, kCallerRtp), command(2, kCalleeRtp)}}},
+               {"Call call-1 ended: bye", "\"end_reason\":\"bye\""}},
+        Script{"ReinviteMovesTheMediaOfThePartyThatSentItAndAReconnectingSnifferIsAskedAgain",
+               {{invite("call-2"), {command(1, kCallerRtp)}},
+                {answer("call-2"), {command(1, kCalleeRtp)}},
+                {sipFrame(sipRequest("INVITE", "call-2", sdp("10.0.0.2", 5002, 8), true), false),
+                 {command(2, kCalleeRtp), command(1, "10.0.0.2", 5002)}}},
+               {},
+               {command(1, kCallerRtp), command(1, "10.0.0.2", 5002)}},
+        Script{"ChallengeKeepsTheMediaAndRefusalStopsIt",
+               {{invite("refused"), {command(1, kCallerRtp)}},
+                {sipFrame(sipResponse(407, "INVITE", "refused"), false), {}},
+                {sipFrame(sipResponse(486, "INVITE", "refused"), false), {command(2, kCallerRtp)}}},
+               {"Call refused ended: rejected 486", "\"end_reason\":\"rejected 486\""}},
+        Script{"CancelStopsTheMedia",
+               {{invite("cancelled", Endpoint{0x0a000001, 4100}), {command(1, "10.0.0.1", 4100)}},
+                {sipFrame(sipRequest("CANCEL", "cancelled")), {command(2, "10.0.0.1", 4100)}}},
+               {}},
+        Script{"H323CallMediaFollowsItsDescriptions",
+               {{h323(true, "t:5\nr:42\nc:c0fef93e-cd9e-d611-9ab2-000476222017\ns:alice\nd:bob\nm:1:fcodec:"
+                            "g711Alaw64k 20,rtp:10.0.0.5 49170rcodec:g711Alaw64k 20,rtp:10.0.0.6 49172"),
+                 {command(1, "10.0.0.5", 49170), command(1, "10.0.0.6", 49172)}},
+                {h323(false, "t:131\nr:42\na:2:rtp:10.0.0.6 49174"), {command(1, "10.0.0.6", 49174)}},
+                {h323(false, "t:90\nr:42"),
+                 {command(2, "10.0.0.5", 49170), command(2, "10.0.0.6", 49172), command(2, "10.0.0.6", 49174)}}},
+               {"Call with H.323 reference 42 ended: release complete",
+                "\"signalling\":\"h323\",\"call_id\":\"c0fef93e-cd9e-d611-9ab2-000476222017\","
+                "\"call_reference\":\"42\",\"caller\":\"alice\",\"callee\":\"bob\"",
+                "\"end_reason\":\"release complete\"",
+                "{\"address\":\"10.0.0.6:49172\",\"owner\":\"callee\",\"codecs\":[\"g711Alaw64k 20\"]}"}}),
+    [](const ::testing::TestParamInfo<Script>& info) { return info.param.name; });
 
 TEST(RecorderLink, IdleCallEndsAfterTheIdleTime)
 {
@@ -102,18 +139,6 @@ TEST(RecorderLink, IdleCallEndsAfterTheIdleTime)
     const auto calls = recorder.waitForCalls(1);
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_NE(calls[0].find("\"end_reason\":\"idle\""), std::string::npos) << calls[0];
-}
-
-TEST(RecorderLink, ReconnectingSnifferIsAskedAgainForTheOpenCalls)
-{
-    RecorderProcess recorder;
-    {
-        TcpSniffer sniffer(recorder.port());
-        establish(sniffer, "call-3");
-    }
-    TcpSniffer again(recorder.port());
-    EXPECT_EQ(again.readCommand(), command(1, kCallerRtp));
-    EXPECT_EQ(again.readCommand(), command(1, kCalleeRtp));
 }
 
 TEST(RecorderLink, MalformedFrameClosesTheConnectionAndTheNextIsAccepted)
@@ -148,9 +173,9 @@ TEST(RecorderLink, HeartbeatReplyIsAcceptedAndAMissingOneIsLoggedAsLate)
     TcpSniffer sniffer(recorder.port());
     sniffer.send(heartbeatReply());  // the sniffer connects by sending; a stray reply is harmless
 
-    EXPECT_EQ(sniffer.readCommand(), (Command{3, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(sniffer.readCommand(), (Bytes{3, 0, 0, 0, 0, 0, 0}));
     sniffer.send(heartbeatReply());
-    EXPECT_EQ(sniffer.readCommand(), (Command{3, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(sniffer.readCommand(), (Bytes{3, 0, 0, 0, 0, 0, 0}));
     EXPECT_EQ(recorder.log().find("Heartbeat reply late"), std::string::npos);
 
     EXPECT_TRUE(recorder.waitForLog("Heartbeat reply late: none "));
@@ -158,56 +183,21 @@ TEST(RecorderLink, HeartbeatReplyIsAcceptedAndAMissingOneIsLoggedAsLate)
     EXPECT_TRUE(recorder.waitForLog("Heartbeat reply received "));
 }
 
-TEST(RecorderLink, H323CallMediaFollowsItsDescriptions)
-{
-    RecorderProcess recorder({"--linger", "0.1"});
-    TcpSniffer sniffer(recorder.port());
-    const Endpoint caller = endpoint("10.0.0.5", 1720), callee = endpoint("10.0.0.6", 1720);
-    std::string setup = "t:5\nr:42\nc:c0fef93e-cd9e-d611-9ab2-000476222017\ns:alice\nd:bob\n"
-                        "m:1:fcodec:g711Alaw64k 20,rtp:10.0.0.5 49170rcodec:g711Alaw64k 20,rtp:10.0.0.6 49172\n";
-    setup.back() = '\0';  // the last line end travels as a zero byte
-    sniffer.send(frame(4, caller, callee, setup));
-    EXPECT_EQ(sniffer.readCommand(), command(1, endpoint("10.0.0.5", 49170)));
-    EXPECT_EQ(sniffer.readCommand(), command(1, endpoint("10.0.0.6", 49172)));
-
-    std::string ack = "t:131\nr:42\na:2:rtp:10.0.0.6 49174";
-    sniffer.send(frame(4, callee, caller, ack + '\0'));
-    EXPECT_EQ(sniffer.readCommand(), command(1, endpoint("10.0.0.6", 49174)));
-
-    sniffer.send(frame(4, callee, caller, std::string("t:90\nr:42") + '\0'));
-    EXPECT_EQ(sniffer.readCommand(), command(2, endpoint("10.0.0.5", 49170)));
-    EXPECT_EQ(sniffer.readCommand(), command(2, endpoint("10.0.0.6", 49172)));
-    EXPECT_EQ(sniffer.readCommand(), command(2, endpoint("10.0.0.6", 49174)));
-
-    const auto calls = recorder.waitForCalls(1);
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_NE(calls[0].find("\"signalling\":\"h323\",\"call_id\":\"c0fef93e-cd9e-d611-9ab2-000476222017\","
-                            "\"call_reference\":\"42\",\"caller\":\"alice\",\"callee\":\"bob\""),
-              std::string::npos)
-        << calls[0];
-    EXPECT_NE(calls[0].find("\"end_reason\":\"release complete\""), std::string::npos);
-    EXPECT_NE(calls[0].find("{\"address\":\"10.0.0.6:49172\",\"owner\":\"callee\",\"codecs\":[\"g711Alaw64k 20\"]}"),
-              std::string::npos);
-}
-
 TEST(RecorderLink, UdpSnifferGetsCommandsFromTheListeningPort)
 {
     RecorderProcess recorder;
-    UdpSniffer sniffer(recorder.port());
+    const UdpSocket sniffer;
 
-    sniffer.send({0x00, 0x30, 0x01});
+    sniffer.sendTo("127.0.0.1", recorder.port(), {0x00, 0x30, 0x01});
     EXPECT_TRUE(recorder.waitForLog("Malformed datagram from 127.0.0.1:"));
     EXPECT_TRUE(recorder.waitForLog(": datagram of 3 bytes carries length 48; dropped"));
 
-    sniffer.send(invite("call-5"));
-    const auto add = sniffer.readCommand();
-    ASSERT_TRUE(add);
-    EXPECT_EQ(add->first, command(1, kCallerRtp));
-    EXPECT_EQ(add->second, recorder.port());
-    sniffer.send(sipFrame(sipRequest("BYE", "call-5")));
-    const auto remove = sniffer.readCommand();
-    ASSERT_TRUE(remove);
-    EXPECT_EQ(remove->first, command(2, kCallerRtp));
+    uint16_t from = 0;
+    sniffer.sendTo("127.0.0.1", recorder.port(), invite("call-5"));
+    EXPECT_EQ(sniffer.receive(2s, &from), command(1, kCallerRtp));
+    EXPECT_EQ(from, recorder.port());
+    sniffer.sendTo("127.0.0.1", recorder.port(), sipFrame(sipRequest("BYE", "call-5")));
+    EXPECT_EQ(sniffer.receive(2s), command(2, kCallerRtp));
 }
 
 }  // namespace

@@ -7,8 +7,6 @@ import java.nio.file.Files;
 import java.util.Arrays;
 import java.util.List;
 import java.util.concurrent.TimeUnit;
-import java.util.regex.Matcher;
-import java.util.regex.Pattern;
 
 /** How runs start, refuse, fail and end inside a JVM. */
 public final class LifecycleTest extends LoopbackTest {
@@ -27,8 +25,8 @@ public final class LifecycleTest extends LoopbackTest {
         check.run("without a run breakMainLoop and getPacket do nothing", this::idle);
         check.run("a second mainLoop returns at once with an ERROR line", this::secondMainLoop);
         check.run("breakMainLoop from another thread ends mainLoop with everything joined", this::breakJoins);
-        check.run("a bad filter is reported on standard error and mainLoop returns at once", this::badFilter);
-        check.run("a run after a failed set-up captures", this::runAfterFailedSetup);
+        check.run("a bad filter is reported on standard error", this::badFilter);
+        check.run("mainLoop with a bad filter returns at once and the next run captures", this::runAfterFailedSetup);
     }
 
     private TestHost start() throws Exception {
@@ -40,9 +38,8 @@ public final class LifecycleTest extends LoopbackTest {
         channel.breakMainLoop();
         byte[] buffer = new byte[64];
         Arrays.fill(buffer, (byte) 0x5A);
+        byte[] untouched = buffer.clone();
         Check.equal(0, channel.getPacket(buffer), "getPacket without a run");
-        byte[] untouched = new byte[64];
-        Arrays.fill(untouched, (byte) 0x5A);
         Check.bytes(untouched, buffer, "array after getPacket without a run");
 
         // The earlier breakMainLoop must not end the next run.
@@ -77,7 +74,6 @@ public final class LifecycleTest extends LoopbackTest {
     }
 
     private void badFilter() throws Exception {
-        File out = File.createTempFile("bad-filter", ".out");
         File err = File.createTempFile("bad-filter", ".err");
         try {
             Process child = new ProcessBuilder(
@@ -85,17 +81,12 @@ public final class LifecycleTest extends LoopbackTest {
                     "-cp", System.getProperty("java.class.path"),
                     "-Djava.library.path=" + System.getProperty("java.library.path"),
                     BadFilterRun.class.getName())
-                    .redirectOutput(out).redirectError(err).start();
+                    .redirectOutput(ProcessBuilder.Redirect.DISCARD).redirectError(err).start();
             Check.that(child.waitFor(30, TimeUnit.SECONDS), "the child JVM did not end");
-            String stdout = Files.readString(out.toPath());
             String stderr = Files.readString(err.toPath());
             Check.equal(0, child.exitValue(), "child exit status (stderr: " + stderr + ")");
             Check.that(stderr.contains("Errors in setup, terminating...\n"), "standard error: " + stderr);
-            Matcher took = Pattern.compile("mainLoop returned after (\\d+) ms").matcher(stdout);
-            Check.that(took.find(), "standard output: " + stdout);
-            Check.that(Long.parseLong(took.group(1)) < PROMPT_MS, "mainLoop took " + took.group(1) + " ms");
         } finally {
-            out.delete();
             err.delete();
         }
     }

@@ -37,13 +37,10 @@ abstract class LoopbackTest {
         check.exit();
     }
 
-    static byte[] sip(String startLine, int n) {
-        return (startLine + "\r\nVia: SIP/2.0/UDP 127.0.0.1\r\nCall-ID: jvm-" + n + "@127.0.0.1\r\nCSeq: " + n
-                + " INVITE\r\nContent-Length: 0\r\n\r\n").getBytes(StandardCharsets.US_ASCII);
-    }
-
     static byte[] invite(int n) {
-        return sip("INVITE sip:bob@127.0.0.1 SIP/2.0", n);
+        return ("INVITE sip:bob@127.0.0.1 SIP/2.0\r\nVia: SIP/2.0/UDP 127.0.0.1\r\nCall-ID: jvm-" + n
+                + "@127.0.0.1\r\nCSeq: " + n + " INVITE\r\nContent-Length: 0\r\n\r\n")
+                .getBytes(StandardCharsets.US_ASCII);
     }
 
     Predicate<byte[]> fromPhoneOrHeartbeat() {
