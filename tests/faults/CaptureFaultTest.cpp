@@ -3,15 +3,12 @@
 // and an embedded engine started and stopped a hundred times.
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <fcntl.h>
 #include <set>
-#include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
 
 #include "EmbeddedConnection.h"
 #include "FaultSupport.h"
+#include "PcapFeed.h"
 #include "Sniffer.h"
 
 namespace {
@@ -107,70 +104,52 @@ TEST_F(CaptureFault, SigtermUnderLoadStopsCleanly) {
 // Every well-formed SIP message and every datagram to a listed destination
 // among broken frames reaches the recorder whole and in order; nothing else.
 TEST_F(CaptureFault, ACaptureFileOfBrokenFramesForwardsEveryWellFormedFrameAmongThem) {
-    const std::string fifo = "/tmp/sniffer-fault-replay-" + std::to_string(getpid());
-    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    SnifferProgram sniffer(capturing("file:" + fifo, ""));
-    CaptureWriter replay(fifo);
-
+    const TempDir dir;
+    auto replay = std::make_unique<CaptureWriter>(dir.file("broken.pcap"));
     const Endpoint phoneA{"10.0.0.1", 5060}, phoneB{"10.0.0.2", 5060};
     const Endpoint media{"10.0.0.2", 7078};
     std::vector<Bytes> wanted;
-    auto wellFormed = [&](const Bytes& frame, std::size_t payloadOffset) {
-        replay.write(frame);
-        wanted.push_back(Bytes(frame.begin() + payloadOffset, frame.end()));
+    auto wellFormed = [&](const Bytes& frame) {
+        replay->write(frame);
+        wanted.push_back(Bytes(frame.begin() + 42, frame.end()));  // behind Ethernet, IP and UDP headers
     };
-    wellFormed(udpFrame(phoneA, phoneB, sipInvite("first")), 42);
-    replay.flush();
-    ASSERT_TRUE(awaitFrame(recorder, sip, "10.0.0.2:5060", 5s)) << sniffer.output();
-    ASSERT_TRUE(recorder.apply({command(1, media.ip, media.port)}));
-
+    wellFormed(udpFrame(phoneA, phoneB, sipInvite("first")));  // brings the link up
+    // Truncation, VLAN tags, IP options, padding, ICMP, ARP and short TCP
+    // headers are covered frame by frame through the capture callback; these
+    // are the shapes only a capture file delivers, or rarer still.
     const Bytes invite = udpFrame(phoneA, phoneB, sipInvite("whole"));
-    const Bytes voice = udpFrame(phoneA, media, rtpPacket());
-    FrameOptions vlan, qinq, options, shortTcp, longTcp;
-    vlan.etherType = etherTypeVlan;
-    qinq.etherType = etherTypeQinQ;
-    options.ipOptionWords = 3;
-    shortTcp.tcpDataOffset = 4;
+    FrameOptions longTcp;
     longTcp.tcpDataOffset = 15;
-    replay.write({});                                            // nothing captured
-    replay.write(Bytes(invite.begin(), invite.begin() + 1));     // one byte
-    replay.write(Bytes(invite.begin(), invite.begin() + 13));    // short of the Ethernet header
-    replay.write(Bytes(invite.begin(), invite.begin() + 14));    // Ethernet header only
-    replay.write(Bytes(invite.begin(), invite.begin() + 38));    // UDP header cut short
-    replay.write(Bytes(invite.begin(), invite.begin() + 60), 0xFFFFFFFF);  // absurd wire length
-    replay.write(Bytes(invite.begin(), invite.begin() + 60), 70000);       // longer than a header can state
+    replay->write({});                                                      // nothing captured
+    replay->write(Bytes(invite.begin(), invite.begin() + 60), 0xFFFFFFFF);  // absurd wire length
+    replay->write(Bytes(invite.begin(), invite.begin() + 60), 70000);       // longer than a header can state
     Bytes badIhl = invite;
     badIhl[14] = 0x43;  // IP header of 12 bytes
-    replay.write(badIhl);
+    replay->write(badIhl);
     Bytes hugeIhl = Bytes(invite.begin(), invite.begin() + 40);
     hugeIhl[14] = 0x4F;  // 60-byte IP header in a 40-byte frame
-    replay.write(hugeIhl);
-    replay.write(ipFrame(1, 28, 1, 0, 64, 0, Bytes(8, 0)));     // ICMP
-    replay.write(ipFrame(2, 28, 1, 0, 64, 0, Bytes(8, 0)));     // IGMP
-    Bytes arp = invite;
-    arp[12] = 0x08, arp[13] = 0x06;
-    arp[14] = 0x00;  // ARP's hardware type where the IP version would be
-    replay.write(arp);
+    replay->write(hugeIhl);
+    replay->write(ipFrame(2, 28, 1, 0, 64, 0, Bytes(8, 0)));  // IGMP
     Bytes ipv6 = invite;
     ipv6[12] = 0x86, ipv6[13] = 0xDD, ipv6[14] = 0x60;
-    replay.write(ipv6);
-    replay.write(Bytes(invite.begin(), invite.begin() + 16), 16);  // 802.1Q tag, nothing behind
-    replay.write(udpFrame(phoneA, phoneB, {}));                 // empty payload
-    replay.write(udpFrame(phoneA, {"10.0.0.3", 7078}, rtpPacket()));  // unlisted destination
-    replay.write(tcpFrame(phoneA, phoneB, sipInvite("tcp"), shortTcp));
-    replay.write(tcpFrame(phoneA, phoneB, sipInvite("tcp"), longTcp));
-    replay.write(Bytes(invite.begin(), invite.begin() + 50), static_cast<bpf_u_int32>(invite.size()));  // cut capture
+    replay->write(ipv6);
+    replay->write(Bytes(invite.begin(), invite.begin() + 16), 16);     // 802.1Q tag, nothing behind
+    replay->write(udpFrame(phoneA, phoneB, {}));                       // empty payload
+    replay->write(udpFrame(phoneA, {"10.0.0.3", 7078}, rtpPacket()));  // unlisted destination
+    replay->write(tcpFrame(phoneA, phoneB, sipInvite("tcp"), longTcp));
     Bytes fragment = invite;
     fragment[20] = 0x20;  // more fragments follow
-    wellFormed(fragment, 42);
-    wellFormed(invite, 42);
-    wellFormed(voice, 42);
-    wellFormed(udpFrame(phoneA, phoneB, sipInvite("vlan"), vlan), 46);
-    wellFormed(udpFrame(phoneA, phoneB, sipInvite("qinq"), qinq), 50);
-    wellFormed(udpFrame(phoneA, phoneB, sipInvite("options"), options), 54);
-    wellFormed(padded(udpFrame(phoneA, media, bytesOf("0123456789"))), 42);  // padding travels with it
-    replay.close();
+    wellFormed(fragment);
+    wellFormed(invite);
+    wellFormed(udpFrame(phoneA, media, rtpPacket()));
+    replay.reset();
 
+    PcapFeed feed(dir.file("broken.pcap"));
+    feed.begin(1);
+    SnifferProgram sniffer(capturing(feed.device(), ""));
+    ASSERT_TRUE(awaitFrame(recorder, sip, "10.0.0.2:5060", 5s)) << sniffer.output();
+    ASSERT_TRUE(recorder.apply({command(1, media.ip, media.port)}));
+    feed.finish();
     ASSERT_EQ(sniffer.wait(10s), 0) << "a replay ends by itself\n" << sniffer.output();
     ASSERT_TRUE(waitUntil([&] { return recorder.count() >= wanted.size() + 1; }, 3s));
     std::vector<Bytes> payloads;
@@ -178,7 +157,6 @@ TEST_F(CaptureFault, ACaptureFileOfBrokenFramesForwardsEveryWellFormedFrameAmong
         if (f.protocol() != 3)
             payloads.push_back(f.payload());
     EXPECT_EQ(payloads, wanted);
-    unlink(fifo.c_str());
 }
 
 TEST_F(CaptureFault, AnEmbeddedEngineStartsAndStopsAHundredTimesUnderTraffic) {
