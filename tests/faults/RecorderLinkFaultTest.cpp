@@ -21,7 +21,6 @@ std::string to(uint16_t port) {
 
 class RecorderLinkFault : public PrivateNetworkTest {
 protected:
-
     static std::vector<std::string> recorderAt(uint16_t port, const char* protocol = "TCP") {
         return {"Device=lo", "Filter=udp and (dst port 5060 or dst portrange 40000-52000)", "ServerName=127.0.0.1",
                 "ServerPort=" + std::to_string(port), std::string("ServerProtocol=") + protocol};
@@ -133,28 +132,20 @@ TEST_F(RecorderLinkFault, ARecorderThatStopsReadingIsDroppedWithMemoryBoundedUnt
     EXPECT_EQ(sniffer.stop(), 0) << sniffer.output();
 }
 
-TEST_F(CommandStream, UnknownCodesAreIgnoredAndTheStreamStaysInStep) {
-    Bytes garbage;
-    for (int i = 0; i < 100; ++i) {
-        Bytes record = command(uint8_t(4 + i), "127.0.0.1", uint16_t(40100 + i));
-        garbage.insert(garbage.end(), record.begin(), record.end());
-    }
-    recorder.send(garbage);
-    ASSERT_TRUE(recorder.apply({command(1, "127.0.0.1", 40001)}));
-    EXPECT_TRUE(forwardsMediaTo(40001));
-    EXPECT_TRUE(dropsMediaTo(40100));
-}
-
-TEST_F(CommandStream, TenThousandCommandsInOneBurstAreAllApplied) {
+// Unknown codes ahead of the burst would throw every later command out of
+// step if they were not taken as whole 7-byte records.
+TEST_F(CommandStream, TenThousandCommandsBehindUnknownCodesAreAllAppliedInStep) {
     Bytes burst;
-    for (uint16_t port = 41000; port < 41000 + 9999; ++port) {
-        const Bytes add = command(1, "127.0.0.1", port);
-        burst.insert(burst.end(), add.begin(), add.end());
-    }
+    const auto append = [&](const Bytes& c) { burst.insert(burst.end(), c.begin(), c.end()); };
+    for (int i = 0; i < 100; ++i)
+        append(command(uint8_t(4 + i), "127.0.0.1", uint16_t(40100 + i)));
+    for (uint16_t port = 41000; port < 41000 + 9999; ++port)
+        append(command(1, "127.0.0.1", port));
     recorder.send(burst);
     ASSERT_TRUE(recorder.apply({}, 30s)) << "the heartbeat behind the burst is answered";
     for (uint16_t port : {41000, 45000, 50998})
         EXPECT_TRUE(forwardsMediaTo(port)) << port;
+    EXPECT_TRUE(dropsMediaTo(40100));
     EXPECT_TRUE(dropsMediaTo(50999));
 }
 
