@@ -23,10 +23,6 @@ bool enterPrivateNetwork() {
     return privateNetwork;
 }
 
-bool inPrivateNetwork() {
-    return privateNetwork;
-}
-
 void PrivateNetworkTest::SetUp() {
     if (!privateNetwork)
         GTEST_SKIP() << "needs root, for a network namespace of its own";

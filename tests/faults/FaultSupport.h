@@ -3,18 +3,13 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <functional>
 #include <gtest/gtest.h>
-#include <memory>
-#include <optional>
 #include <pcap.h>
 #include <string>
-#include <sys/types.h>
 #include <thread>
 #include <vector>
 
-#include "ChildProcess.h"
 #include "Frames.h"
 #include "Network.h"
 #include "Programs.h"
@@ -24,7 +19,6 @@
 // active loopback, so that the tests capture nothing but their own traffic
 // and leave no interface behind. Needs root; false otherwise.
 bool enterPrivateNetwork();
-bool inPrivateNetwork();
 
 // Tests that capture and connect on loopback: skipped outside a private network.
 class PrivateNetworkTest : public testing::Test {

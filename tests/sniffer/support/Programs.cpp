@@ -78,7 +78,7 @@ std::optional<int> SnifferProgram::wait(std::chrono::milliseconds timeout) {
 }
 
 std::string SnifferProgram::status(const std::string& field) const {
-    std::ifstream in("/proc/" + std::to_string(pid()) + "/status");
+    std::ifstream in("/proc/" + std::to_string(process->pid()) + "/status");
     for (std::string line; std::getline(in, line);)
         if (line.compare(0, field.size() + 1, field + ":") == 0)
             return line.substr(line.find_first_not_of(" \t", field.size() + 1));

@@ -5,7 +5,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 #include "ChildProcess.h"
@@ -44,7 +43,6 @@ public:
     std::optional<int> stop(std::chrono::milliseconds timeout = std::chrono::seconds(10));
     // The exit status, once the program has ended by itself within `timeout`.
     std::optional<int> wait(std::chrono::milliseconds timeout);
-    pid_t pid() const { return process->pid(); }
     // A field of /proc/PID/status, e.g. "Uid" or "VmRSS"; empty once ended.
     std::string status(const std::string& field) const;
     long residentKb() const;
