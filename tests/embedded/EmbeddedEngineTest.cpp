@@ -12,6 +12,7 @@
 #include "Frames.h"
 #include "SngDissector.h"
 #include "Sniffer.h"
+#include "SnifferRun.h"
 
 namespace {
 
@@ -40,22 +41,8 @@ protected:
     // An engine with no capture device: frames come only from capture().
     void SetUp() override {
         link->closeConnection();
-        engine = std::make_unique<Sniffer>();
-        engine->setEmbedded(true);
-        ASSERT_EQ(0, engine->setDevice(""));
-        ASSERT_EQ(0, engine->setupSniffing());
-        consumer = std::thread([this] { engine->startSniffing(); });
-    }
-
-    void TearDown() override { endRun(); }
-
-    // Stops the run and deletes the engine, as the host bridge does.
-    void endRun() {
-        if (!engine)
-            return;
-        engine->stopSniffing();
-        consumer.join();
-        engine.reset();
+        run = std::make_unique<SnifferRun>(std::vector<std::string>{"-d", ""}, nullptr);
+        ASSERT_EQ(0, run->setupResult());
     }
 
     void command(uint16_t code, const char* ip, uint16_t port) {
@@ -79,8 +66,7 @@ protected:
     }
 
     EmbeddedConnection* link = EmbeddedConnection::dft();
-    std::unique_ptr<Sniffer> engine;
-    std::thread consumer;
+    std::unique_ptr<SnifferRun> run;
 };
 
 TEST_F(EmbeddedEngineTest, AddCommandForwardsThatDestinationAsRtpUntilRemoved) {
@@ -109,9 +95,9 @@ TEST_F(EmbeddedEngineTest, HeartbeatIsAnsweredAfterTheNextPacket) {
 
 TEST_F(EmbeddedEngineTest, FramesTheHostDidNotTakeAreDroppedWithTheEngine) {
     capture(udpFrame(phone, gateway, invite));
-    while (!engine->getDissector()->isDrained())
+    while (!run->sniffer().getDissector()->isDrained())
         std::this_thread::yield();
-    endRun();
+    run.reset();  // stops the run and deletes the engine, as the host bridge does
     char buffer[256];
     EXPECT_EQ(0, link->receivePacket(buffer, sizeof buffer));
 }

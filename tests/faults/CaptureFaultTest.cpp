@@ -10,6 +10,7 @@
 #include "FaultSupport.h"
 #include "PcapFeed.h"
 #include "Sniffer.h"
+#include "SnifferRun.h"
 
 namespace {
 constexpr int sip = 1;
@@ -146,18 +147,11 @@ TEST_F(CaptureFault, ACaptureFileOfBrokenFramesForwardsEveryWellFormedFrameAmong
 }
 
 TEST_F(CaptureFault, AnEmbeddedEngineStartsAndStopsAHundredTimesUnderTraffic) {
-    Sniffer::installWakeSignal();
     Traffic traffic([&] { phone.sendTo("127.0.0.1", 5060, sipInvite("embedded")); }, 100us);
     for (int run = 0; run < 100; ++run) {
-        Sniffer engine;
-        engine.setEmbedded(true);
-        ASSERT_EQ(engine.setDevice("lo"), 0);
-        engine.setFilter("udp port 5060");
-        ASSERT_EQ(engine.setupSniffing(), 0);
-        std::thread consumer([&] { engine.startSniffing(); });
+        SnifferRun engine({"-d", "lo", "-f", "udp port 5060"}, nullptr);
+        ASSERT_EQ(engine.setupResult(), 0);
         std::this_thread::sleep_for(std::chrono::milliseconds(run % 5));
-        engine.stopSniffing();
-        consumer.join();
     }
     char frame[2048];
     while (EmbeddedConnection::dft()->receivePacket(frame, sizeof frame) > 0) {
