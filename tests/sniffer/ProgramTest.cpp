@@ -25,16 +25,6 @@ struct Destination {
     uint16_t port;
 };
 
-bool appearsInOrder(const std::string& text, const std::vector<std::string>& parts) {
-    std::size_t at = 0;
-    for (const std::string& part : parts) {
-        at = text.find(part, at);
-        if (at == std::string::npos)
-            return false;
-    }
-    return true;
-}
-
 void expectSetupFailure(SnifferProgram& program) {
     const std::optional<int> status = program.wait(10s);
     ASSERT_TRUE(status) << "still running";
@@ -44,15 +34,12 @@ void expectSetupFailure(SnifferProgram& program) {
     EXPECT_NE(std::string::npos, text.find("Errors in setup, terminating...\n"));
 }
 
+// The order of the stop itself is the engine's, checked in process.
 void expectCleanStop(SnifferProgram& program, int signal) {
     ASSERT_TRUE(program.waitForLog("PCAP thread created 0")) << program.output();
     program.signal(signal);
     EXPECT_EQ(0, program.wait(5s)) << "did not stop on signal " << signal;
-    const std::string text = program.output();
-    EXPECT_TRUE(appearsInOrder(text, {"Ending Sniffing ...", "Completed join with PCAP thread 0 status=0",
-                                      "Completed join with Command reader thread, status=0"}))
-        << text;
-    EXPECT_NE(std::string::npos, text.find("Sniffing ended."));
+    EXPECT_NE(std::string::npos, program.output().find("Sniffing ended.")) << program.output();
 }
 
 // Replays `capture` through a program started by `launch` (given the device
@@ -112,7 +99,7 @@ TEST(Programs, FilterThatDoesNotCompileIsReportedOnStandardError) {
     expectSetupFailure(sniffer);
 }
 
-TEST(Programs, StopInOrderOnSigtermOrSigint) {
+TEST(Programs, StopCleanlyOnSigtermOrSigint) {
     if (!runningAsRoot())
         GTEST_SKIP() << "live capture needs root";
     TcpRecorder recorder;
