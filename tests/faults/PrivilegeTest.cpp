@@ -29,7 +29,7 @@ protected:
 
     // SIP still reaches the recorder, over a link made after the switch.
     bool forwardsSip() {
-        Traffic traffic([this] { phone.sendTo("127.0.0.1", 5060, sipInvite("privileges")); }, 10ms);
+        Traffic traffic([this] { phone.sendTo(5060, sipInvite("privileges")); }, 10ms);
         return awaitFrame(recorder, sip, "127.0.0.1:5060", 5s);
     }
 

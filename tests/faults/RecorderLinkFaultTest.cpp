@@ -29,9 +29,9 @@ protected:
     void sendSip(std::size_t size = 0) {
         Bytes invite = sipInvite(std::to_string(++calls));
         invite.resize(std::max(invite.size(), size), 'x');
-        phone.sendTo("127.0.0.1", 5060, invite);
+        phone.sendTo(5060, invite);
     }
-    void sendRtp(uint16_t port) { phone.sendTo("127.0.0.1", port, rtpPacket()); }
+    void sendRtp(uint16_t port) { phone.sendTo(port, rtpPacket()); }
 
     UdpSocket phone;
     int calls = 0;
@@ -168,7 +168,7 @@ TEST_F(RecorderLinkFault, UdpFramesToAnAbsentRecorderAreLostQuietlyUntilOneListe
     ASSERT_TRUE(sniffer.waitForLog("INFO Sniffing started."));
     std::this_thread::sleep_for(2s);  // every frame draws an ICMP port unreachable
 
-    const UdpSocket recorder("127.0.0.1", port);
+    const UdpSocket recorder(port);
     const Bytes frame = recorder.receive(2s);
     ASSERT_GE(frame.size(), 15u);
     EXPECT_EQ(frame[2], sip);

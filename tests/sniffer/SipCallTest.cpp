@@ -74,7 +74,7 @@ TEST(SipCall, EveryMessageIsForwardedAndRtpOnlyWhileTheRecorderListsIt) {
     // One message before the call brings the link up, so the recorder's
     // commands are in force before the first RTP packet.
     const Bytes probe = bytesOf("OPTIONS sip:probe@127.0.0.1 SIP/2.0\r\n\r\n");
-    UdpSocket().sendTo("127.0.0.1", ports.callee, probe);
+    UdpSocket().sendTo(ports.callee, probe);
     ASSERT_TRUE(recorder.next(3s));
     ASSERT_TRUE(recorder.apply({command(1, "127.0.0.1", ports.media)}));
 

@@ -62,7 +62,7 @@ int main(int argc, char** argv) {
     UdpSocket phone;
     if (!waitUntil(
             [&] {
-                phone.sendTo("127.0.0.1", 5060, sipInvite("warm-up"));
+                phone.sendTo(5060, sipInvite("warm-up"));
                 return received.sip > 0;
             },
             10s)) {
@@ -90,13 +90,13 @@ int main(int argc, char** argv) {
             [&] {
                 for (int i = 0; i < perTick; ++i, ++packet) {
                     if (packet % 10 == 0) {
-                        phone.sendTo("127.0.0.1", 5060, invite);
+                        phone.sendTo(5060, invite);
                         ++sent.sip;
                     } else if (packet % 2) {
-                        phone.sendTo("127.0.0.1", uint16_t(steadyFirst + packet % steadyCount), voice);
+                        phone.sendTo(uint16_t(steadyFirst + packet % steadyCount), voice);
                         ++sent.steady;
                     } else {
-                        phone.sendTo("127.0.0.1", uint16_t(churnFirst + packet % churnCount), voice);
+                        phone.sendTo(uint16_t(churnFirst + packet % churnCount), voice);
                         ++sent.churn;
                     }
                 }

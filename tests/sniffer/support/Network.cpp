@@ -1,4 +1,5 @@
 #include "Network.h"
+#include "Loopback.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -26,17 +27,6 @@ Bytes bytesOf(const std::string& text) {
     return Bytes(text.begin(), text.end());
 }
 
-namespace {
-sockaddr_in ipv4(const char* ip, uint16_t port) {
-    sockaddr_in a{};
-    a.sin_family = AF_INET;
-    a.sin_addr.s_addr = inet_addr(ip);
-    a.sin_port = htons(port);
-    return a;
-}
-
-}  // namespace
-
 uint16_t localPort(int fd) {
     sockaddr_in local{};
     socklen_t len = sizeof local;
@@ -44,11 +34,11 @@ uint16_t localPort(int fd) {
     return ntohs(local.sin_port);
 }
 
-UdpSocket::UdpSocket(const char* localIp, uint16_t port) : fd(socket(AF_INET, SOCK_DGRAM, 0)) {
-    const sockaddr_in local = ipv4(localIp, port);
+UdpSocket::UdpSocket(uint16_t port) : fd(socket(AF_INET, SOCK_DGRAM, 0)) {
+    const sockaddr_in local = loopback(port);
     if (bind(fd, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
         close(fd);
-        throw std::runtime_error("cannot bind a UDP socket to " + std::string(localIp) + ":" + std::to_string(port));
+        throw std::runtime_error("cannot bind a UDP socket to port " + std::to_string(port));
     }
 }
 
@@ -56,8 +46,8 @@ UdpSocket::~UdpSocket() {
     close(fd);
 }
 
-void UdpSocket::sendTo(const char* ip, uint16_t port, const Bytes& data) const {
-    const sockaddr_in to = ipv4(ip, port);
+void UdpSocket::sendTo(uint16_t port, const Bytes& data) const {
+    const sockaddr_in to = loopback(port);
     sendto(fd, data.data(), data.size(), 0, reinterpret_cast<const sockaddr*>(&to), sizeof to);
 }
 

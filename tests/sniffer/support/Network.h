@@ -21,17 +21,17 @@ Bytes bytesOf(const std::string& text);
 // The local port a socket is bound to.
 uint16_t localPort(int fd);
 
-// A UDP socket bound to `localIp` and `port` (0: an ephemeral one), for
+// A UDP socket bound to 127.0.0.1 and `port` (0: an ephemeral one), for
 // sending test traffic and for playing a recorder.
 class UdpSocket {
 public:
-    explicit UdpSocket(const char* localIp = "127.0.0.1", uint16_t port = 0);
+    explicit UdpSocket(uint16_t port = 0);
     ~UdpSocket();
     UdpSocket(const UdpSocket&) = delete;
     UdpSocket& operator=(const UdpSocket&) = delete;
 
     uint16_t port() const { return localPort(fd); }
-    void sendTo(const char* ip, uint16_t port, const Bytes& data) const;
+    void sendTo(uint16_t port, const Bytes& data) const;
     // One datagram, waiting at most `timeout`; empty when none came.
     Bytes receive(std::chrono::milliseconds timeout, uint16_t* fromPort = nullptr) const;
 
