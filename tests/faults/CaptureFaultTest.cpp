@@ -1,18 +1,16 @@
-// Capture under faults and load: a device unplugged while capturing, ten
-// devices at once, a stop under load, a capture file full of broken frames,
+// Capture under faults and load: ten devices at once, one of them unplugged
+// while capturing, a stop under load, a capture file full of broken frames,
 // and an embedded engine started and stopped a hundred times.
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <fcntl.h>
 #include <set>
-#include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
 
 #include "EmbeddedConnection.h"
 #include "FaultSupport.h"
+#include "PcapFeed.h"
 #include "Sniffer.h"
+#include "SnifferRun.h"
 
 namespace {
 constexpr int sip = 1;
@@ -49,31 +47,7 @@ std::set<std::string> callIds(const std::vector<ForwardedFrame>& frames) {
 }
 }  // namespace
 
-TEST_F(CaptureFault, AnUnpluggedDeviceEndsItsCaptureWhileTheOthersGoOnAndTheStopCompletes) {
-    VethLink link("vu0");
-    ASSERT_TRUE(link.ok());
-    SnifferProgram sniffer(capturing(link.captureSide() + ";lo"));
-    ASSERT_TRUE(sniffer.waitForLog("INFO PCAP thread created 1")) << sniffer.output();
-    Traffic traffic(
-        [&] {
-            link.inject(sipFrameFor(0));
-            phone.sendTo("127.0.0.1", 5060, sipInvite("loopback"));
-        },
-        10ms);
-    ASSERT_TRUE(waitUntil([&] { return callIds(recorder.received()).size() == 2; }, 5s)) << sniffer.output();
-
-    link.remove();
-    EXPECT_TRUE(sniffer.waitForLog("ERROR Capture on device 0 ended: ")) << sniffer.output();
-    discardPending(recorder);
-    EXPECT_TRUE(awaitFrame(recorder, sip, "127.0.0.1:5060", 3s)) << "the loopback capture goes on";
-
-    EXPECT_EQ(sniffer.stop(), 0) << sniffer.output();
-    EXPECT_EQ(sniffer.countLines("INFO Completed join with PCAP thread 0 status=0"), 1) << sniffer.output();
-    EXPECT_EQ(sniffer.countLines("INFO Completed join with PCAP thread 1 status=0"), 1) << sniffer.output();
-    EXPECT_EQ(sniffer.countLines("INFO Sniffing ended."), 1);
-}
-
-TEST_F(CaptureFault, TenDevicesAreCapturedAtOnce) {
+TEST_F(CaptureFault, TenDevicesAreCapturedAtOnceAndAnUnpluggedOneEndsOnlyItsOwnCapture) {
     std::vector<std::unique_ptr<VethLink>> links;
     std::string devices;
     for (int i = 0; i < Sniffer::maxDevices; ++i) {
@@ -91,13 +65,23 @@ TEST_F(CaptureFault, TenDevicesAreCapturedAtOnce) {
         20ms);
     EXPECT_TRUE(waitUntil([&] { return callIds(recorder.received()).size() == Sniffer::maxDevices; }, 5s))
         << sniffer.output();
+
+    links[0]->remove();
+    EXPECT_TRUE(sniffer.waitForLog("ERROR Capture on device 0 ended: ")) << sniffer.output();
+    discardPending(recorder);
+    EXPECT_TRUE(awaitFrame(recorder, sip, "10.9.9.2:5060", 3s)) << "the other captures go on";
+
     EXPECT_EQ(sniffer.stop(), 0) << sniffer.output();
+    for (int i = 0; i < Sniffer::maxDevices; ++i)
+        EXPECT_EQ(sniffer.countLines("INFO Completed join with PCAP thread " + std::to_string(i) + " status=0"), 1)
+            << sniffer.output();
+    EXPECT_EQ(sniffer.countLines("INFO Sniffing ended."), 1);
 }
 
 TEST_F(CaptureFault, SigtermUnderLoadStopsCleanly) {
     SnifferProgram sniffer(capturing("lo"));
     ASSERT_TRUE(sniffer.waitForLog("INFO PCAP thread created 0")) << sniffer.output();
-    Traffic flood([&] { phone.sendTo("127.0.0.1", 5060, sipInvite("flood")); }, 20us);
+    Traffic flood([&] { phone.sendTo(5060, sipInvite("flood")); }, 20us);
     ASSERT_TRUE(waitUntil([&] { return recorder.count() > 1000; }, 10s)) << sniffer.output();
     EXPECT_EQ(sniffer.stop(5s), 0) << sniffer.output();
     EXPECT_EQ(sniffer.countLines("INFO Sniffing ended."), 1);
@@ -107,70 +91,52 @@ TEST_F(CaptureFault, SigtermUnderLoadStopsCleanly) {
 // Every well-formed SIP message and every datagram to a listed destination
 // among broken frames reaches the recorder whole and in order; nothing else.
 TEST_F(CaptureFault, ACaptureFileOfBrokenFramesForwardsEveryWellFormedFrameAmongThem) {
-    const std::string fifo = "/tmp/sniffer-fault-replay-" + std::to_string(getpid());
-    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    SnifferProgram sniffer(capturing("file:" + fifo, ""));
-    CaptureWriter replay(fifo);
-
+    const TempDir dir;
+    auto replay = std::make_unique<CaptureWriter>(dir.file("broken.pcap"));
     const Endpoint phoneA{"10.0.0.1", 5060}, phoneB{"10.0.0.2", 5060};
     const Endpoint media{"10.0.0.2", 7078};
     std::vector<Bytes> wanted;
-    auto wellFormed = [&](const Bytes& frame, std::size_t payloadOffset) {
-        replay.write(frame);
-        wanted.push_back(Bytes(frame.begin() + payloadOffset, frame.end()));
+    auto wellFormed = [&](const Bytes& frame) {
+        replay->write(frame);
+        wanted.push_back(Bytes(frame.begin() + 42, frame.end()));  // behind Ethernet, IP and UDP headers
     };
-    wellFormed(udpFrame(phoneA, phoneB, sipInvite("first")), 42);
-    replay.flush();
-    ASSERT_TRUE(awaitFrame(recorder, sip, "10.0.0.2:5060", 5s)) << sniffer.output();
-    ASSERT_TRUE(recorder.apply({command(1, media.ip, media.port)}));
-
+    wellFormed(udpFrame(phoneA, phoneB, sipInvite("first")));  // brings the link up
+    // Truncation, VLAN tags, IP options, padding, ICMP, ARP and short TCP
+    // headers are covered frame by frame through the capture callback; these
+    // are the shapes only a capture file delivers, or rarer still.
     const Bytes invite = udpFrame(phoneA, phoneB, sipInvite("whole"));
-    const Bytes voice = udpFrame(phoneA, media, rtpPacket());
-    FrameOptions vlan, qinq, options, shortTcp, longTcp;
-    vlan.etherType = etherTypeVlan;
-    qinq.etherType = etherTypeQinQ;
-    options.ipOptionWords = 3;
-    shortTcp.tcpDataOffset = 4;
+    FrameOptions longTcp;
     longTcp.tcpDataOffset = 15;
-    replay.write({});                                            // nothing captured
-    replay.write(Bytes(invite.begin(), invite.begin() + 1));     // one byte
-    replay.write(Bytes(invite.begin(), invite.begin() + 13));    // short of the Ethernet header
-    replay.write(Bytes(invite.begin(), invite.begin() + 14));    // Ethernet header only
-    replay.write(Bytes(invite.begin(), invite.begin() + 38));    // UDP header cut short
-    replay.write(Bytes(invite.begin(), invite.begin() + 60), 0xFFFFFFFF);  // absurd wire length
-    replay.write(Bytes(invite.begin(), invite.begin() + 60), 70000);       // longer than a header can state
+    replay->write({});                                                      // nothing captured
+    replay->write(Bytes(invite.begin(), invite.begin() + 60), 0xFFFFFFFF);  // absurd wire length
+    replay->write(Bytes(invite.begin(), invite.begin() + 60), 70000);       // longer than a header can state
     Bytes badIhl = invite;
     badIhl[14] = 0x43;  // IP header of 12 bytes
-    replay.write(badIhl);
+    replay->write(badIhl);
     Bytes hugeIhl = Bytes(invite.begin(), invite.begin() + 40);
     hugeIhl[14] = 0x4F;  // 60-byte IP header in a 40-byte frame
-    replay.write(hugeIhl);
-    replay.write(ipFrame(1, 28, 1, 0, 64, 0, Bytes(8, 0)));     // ICMP
-    replay.write(ipFrame(2, 28, 1, 0, 64, 0, Bytes(8, 0)));     // IGMP
-    Bytes arp = invite;
-    arp[12] = 0x08, arp[13] = 0x06;
-    arp[14] = 0x00;  // ARP's hardware type where the IP version would be
-    replay.write(arp);
+    replay->write(hugeIhl);
+    replay->write(ipFrame(2, 28, 1, 0, 64, 0, Bytes(8, 0)));  // IGMP
     Bytes ipv6 = invite;
     ipv6[12] = 0x86, ipv6[13] = 0xDD, ipv6[14] = 0x60;
-    replay.write(ipv6);
-    replay.write(Bytes(invite.begin(), invite.begin() + 16), 16);  // 802.1Q tag, nothing behind
-    replay.write(udpFrame(phoneA, phoneB, {}));                 // empty payload
-    replay.write(udpFrame(phoneA, {"10.0.0.3", 7078}, rtpPacket()));  // unlisted destination
-    replay.write(tcpFrame(phoneA, phoneB, sipInvite("tcp"), shortTcp));
-    replay.write(tcpFrame(phoneA, phoneB, sipInvite("tcp"), longTcp));
-    replay.write(Bytes(invite.begin(), invite.begin() + 50), static_cast<bpf_u_int32>(invite.size()));  // cut capture
+    replay->write(ipv6);
+    replay->write(Bytes(invite.begin(), invite.begin() + 16), 16);     // 802.1Q tag, nothing behind
+    replay->write(udpFrame(phoneA, phoneB, {}));                       // empty payload
+    replay->write(udpFrame(phoneA, {"10.0.0.3", 7078}, rtpPacket()));  // unlisted destination
+    replay->write(tcpFrame(phoneA, phoneB, sipInvite("tcp"), longTcp));
     Bytes fragment = invite;
     fragment[20] = 0x20;  // more fragments follow
-    wellFormed(fragment, 42);
-    wellFormed(invite, 42);
-    wellFormed(voice, 42);
-    wellFormed(udpFrame(phoneA, phoneB, sipInvite("vlan"), vlan), 46);
-    wellFormed(udpFrame(phoneA, phoneB, sipInvite("qinq"), qinq), 50);
-    wellFormed(udpFrame(phoneA, phoneB, sipInvite("options"), options), 54);
-    wellFormed(padded(udpFrame(phoneA, media, bytesOf("0123456789"))), 42);  // padding travels with it
-    replay.close();
+    wellFormed(fragment);
+    wellFormed(invite);
+    wellFormed(udpFrame(phoneA, media, rtpPacket()));
+    replay.reset();
 
+    PcapFeed feed(dir.file("broken.pcap"));
+    feed.begin(1);
+    SnifferProgram sniffer(capturing(feed.device(), ""));
+    ASSERT_TRUE(awaitFrame(recorder, sip, "10.0.0.2:5060", 5s)) << sniffer.output();
+    ASSERT_TRUE(recorder.apply({command(1, media.ip, media.port)}));
+    feed.finish();
     ASSERT_EQ(sniffer.wait(10s), 0) << "a replay ends by itself\n" << sniffer.output();
     ASSERT_TRUE(waitUntil([&] { return recorder.count() >= wanted.size() + 1; }, 3s));
     std::vector<Bytes> payloads;
@@ -178,22 +144,14 @@ TEST_F(CaptureFault, ACaptureFileOfBrokenFramesForwardsEveryWellFormedFrameAmong
         if (f.protocol() != 3)
             payloads.push_back(f.payload());
     EXPECT_EQ(payloads, wanted);
-    unlink(fifo.c_str());
 }
 
 TEST_F(CaptureFault, AnEmbeddedEngineStartsAndStopsAHundredTimesUnderTraffic) {
-    Sniffer::installWakeSignal();
-    Traffic traffic([&] { phone.sendTo("127.0.0.1", 5060, sipInvite("embedded")); }, 100us);
+    Traffic traffic([&] { phone.sendTo(5060, sipInvite("embedded")); }, 100us);
     for (int run = 0; run < 100; ++run) {
-        Sniffer engine;
-        engine.setEmbedded(true);
-        ASSERT_EQ(engine.setDevice("lo"), 0);
-        engine.setFilter("udp port 5060");
-        ASSERT_EQ(engine.setupSniffing(), 0);
-        std::thread consumer([&] { engine.startSniffing(); });
+        SnifferRun engine({"-d", "lo", "-f", "udp port 5060"}, nullptr);
+        ASSERT_EQ(engine.setupResult(), 0);
         std::this_thread::sleep_for(std::chrono::milliseconds(run % 5));
-        engine.stopSniffing();
-        consumer.join();
     }
     char frame[2048];
     while (EmbeddedConnection::dft()->receivePacket(frame, sizeof frame) > 0) {

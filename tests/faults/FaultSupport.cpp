@@ -1,37 +1,15 @@
 #include "FaultSupport.h"
 #include "Loopback.h"
 
-#include <arpa/inet.h>
-#include <csignal>
 #include <cstdlib>
-#include <dirent.h>
-#include <fcntl.h>
-#include <fstream>
 #include <linux/if_packet.h>
 #include <net/if.h>
 #include <poll.h>
 #include <sched.h>
-#include <sstream>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-namespace {
-bool privateNetwork = false;
-
-// The program under test must not inherit the test's sockets: a recorder's
-// listening socket held open by the sniffer would accept its reconnections.
-void closeOnExecAll() {
-    DIR* fds = opendir("/proc/self/fd");
-    while (dirent* entry = readdir(fds)) {
-        const int fd = std::atoi(entry->d_name);
-        if (fd > STDERR_FILENO && fd != dirfd(fds))
-            fcntl(fd, F_SETFD, fcntl(fd, F_GETFD) | FD_CLOEXEC);
-    }
-    closedir(fds);
-}
-
-}  // namespace
+static bool privateNetwork = false;
 
 bool enterPrivateNetwork() {
     if (!runningAsRoot() || unshare(CLONE_NEWNET) != 0)
@@ -45,72 +23,9 @@ bool enterPrivateNetwork() {
     return privateNetwork;
 }
 
-bool inPrivateNetwork() {
-    return privateNetwork;
-}
-
 void PrivateNetworkTest::SetUp() {
     if (!privateNetwork)
         GTEST_SKIP() << "needs root, for a network namespace of its own";
-}
-
-// ---------------------------------------------------------------- program
-
-SnifferProgram::SnifferProgram(const std::vector<std::string>& properties, const std::vector<std::string>& prefix) {
-    chmod(folder.path().c_str(), 0755);  // readable by a program that runs as another user
-    std::string lines;
-    for (const std::string& line : properties)
-        lines += line + "\n";
-    folder.write("sniffer.properties", lines + "LogLevel=INFO\n");  // the first line of a key wins
-    folder.write("log4cxx.properties",
-                 "log4j.rootLogger=INFO, out\n"
-                 "log4j.appender.out=org.apache.log4j.ConsoleAppender\n"
-                 "log4j.appender.out.layout=org.apache.log4j.PatternLayout\n"
-                 "log4j.appender.out.layout.ConversionPattern=%p %m%n\n");
-    std::vector<std::string> argv = prefix;
-    argv.insert(argv.end(), {SNIFFER_PROGRAM, "-c", folder.file("sniffer.properties"), "-l",
-                             folder.file("log4cxx.properties")});
-    closeOnExecAll();
-    process = std::make_unique<ChildProcess>(argv, outputPath());
-}
-
-SnifferProgram::~SnifferProgram() {
-    process.reset();
-}
-
-bool SnifferProgram::waitForLog(const std::string& text, std::chrono::milliseconds timeout) const {
-    return waitForText(outputPath(), text, timeout);
-}
-
-int SnifferProgram::countLines(const std::string& line) const {
-    std::istringstream text(output());
-    int n = 0;
-    for (std::string l; std::getline(text, l);)
-        n += l == line;
-    return n;
-}
-
-std::optional<int> SnifferProgram::stop(std::chrono::milliseconds timeout) {
-    process->signal(SIGTERM);
-    return wait(timeout);
-}
-
-std::optional<int> SnifferProgram::wait(std::chrono::milliseconds timeout) {
-    if (!process->waitFor(timeout))
-        return std::nullopt;
-    return process->exitStatus();
-}
-
-std::string SnifferProgram::status(const std::string& field) const {
-    std::ifstream in("/proc/" + std::to_string(pid()) + "/status");
-    for (std::string line; std::getline(in, line);)
-        if (line.compare(0, field.size() + 1, field + ":") == 0)
-            return line.substr(line.find_first_not_of(" \t", field.size() + 1));
-    return "";
-}
-
-long SnifferProgram::residentKb() const {
-    return std::atol(status("VmRSS").c_str());
 }
 
 // ---------------------------------------------------------------- traffic
@@ -203,7 +118,7 @@ CaptureWriter::CaptureWriter(const std::string& path) {
 }
 
 CaptureWriter::~CaptureWriter() {
-    close();
+    pcap_dump_close(dumper);
     pcap_close(dead);
 }
 
@@ -215,36 +130,7 @@ void CaptureWriter::write(const Bytes& captured, bpf_u_int32 wireLength) {
     pcap_dump(reinterpret_cast<u_char*>(dumper), &header, captured.data());
 }
 
-void CaptureWriter::flush() {
-    pcap_dump_flush(dumper);
-}
-
-void CaptureWriter::close() {
-    if (dumper)
-        pcap_dump_close(dumper);
-    dumper = nullptr;
-}
-
-// ---------------------------------------------------------------- sockets and payloads
-
-uint16_t unusedPort(int type) {
-    const int fd = socket(AF_INET, type, 0);
-    sockaddr_in local = loopback(0);
-    bind(fd, reinterpret_cast<sockaddr*>(&local), sizeof local);
-    socklen_t len = sizeof local;
-    getsockname(fd, reinterpret_cast<sockaddr*>(&local), &len);
-    ::close(fd);
-    return ntohs(local.sin_port);
-}
-
-int udpSocketOn(uint16_t port) {
-    const int fd = socket(AF_INET, SOCK_DGRAM, 0);
-    const sockaddr_in local = loopback(port);
-    if (bind(fd, reinterpret_cast<const sockaddr*>(&local), sizeof local) == 0)
-        return fd;
-    ::close(fd);
-    return -1;
-}
+// ---------------------------------------------------------------- payloads
 
 Bytes sipInvite(const std::string& callId) {
     return bytesOf("INVITE sip:bob@example.com SIP/2.0\r\nCall-ID: " + callId + "\r\nContent-Length: 0\r\n\r\n");

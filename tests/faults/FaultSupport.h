@@ -3,18 +3,13 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <functional>
 #include <gtest/gtest.h>
-#include <memory>
-#include <optional>
 #include <pcap.h>
 #include <string>
-#include <sys/types.h>
 #include <thread>
 #include <vector>
 
-#include "ChildProcess.h"
 #include "Frames.h"
 #include "Network.h"
 #include "Programs.h"
@@ -24,43 +19,11 @@
 // active loopback, so that the tests capture nothing but their own traffic
 // and leave no interface behind. Needs root; false otherwise.
 bool enterPrivateNetwork();
-bool inPrivateNetwork();
 
 // Tests that capture and connect on loopback: skipped outside a private network.
 class PrivateNetworkTest : public testing::Test {
 protected:
     void SetUp() override;
-};
-
-// The stand-alone `sniffer` run from a properties file written for it, its
-// log lines reading "LEVEL message", one per line, in a file of its folder.
-class SnifferProgram {
-public:
-    // `properties` are the file's lines; `prefix` goes before the program's
-    // path on the command line (e.g. a command that lowers privileges).
-    explicit SnifferProgram(const std::vector<std::string>& properties, const std::vector<std::string>& prefix = {});
-    ~SnifferProgram();
-    SnifferProgram(const SnifferProgram&) = delete;
-    SnifferProgram& operator=(const SnifferProgram&) = delete;
-
-    bool waitForLog(const std::string& text, std::chrono::milliseconds timeout = 5s) const;
-    // Lines of the output equal to `line`.
-    int countLines(const std::string& line) const;
-    std::string output() const { return readFile(outputPath()); }
-    // SIGTERM, then the exit status once the program has ended.
-    std::optional<int> stop(std::chrono::milliseconds timeout = 10s);
-    // The exit status, once the program has ended by itself within `timeout`.
-    std::optional<int> wait(std::chrono::milliseconds timeout);
-    pid_t pid() const { return process->pid(); }
-    // A field of /proc/PID/status, e.g. "Uid" or "VmRSS"; empty once ended.
-    std::string status(const std::string& field) const;
-    long residentKb() const;
-
-private:
-    std::string outputPath() const { return folder.file("output.log"); }
-
-    TempDir folder;
-    std::unique_ptr<ChildProcess> process;
 };
 
 // Calls `sendOnce` every `interval` on a thread of its own until destroyed.
@@ -109,8 +72,7 @@ private:
     bool ready = false;
 };
 
-// Writes frames in libpcap's file format, also to a FIFO that a replaying
-// sniffer reads while it is written. Opening a FIFO waits for its reader.
+// Writes frames in libpcap's file format.
 class CaptureWriter {
 public:
     explicit CaptureWriter(const std::string& path);
@@ -118,17 +80,11 @@ public:
     // A frame whose wire length may differ from the bytes written.
     void write(const Bytes& captured, bpf_u_int32 wireLength);
     void write(const Bytes& frame) { write(frame, static_cast<bpf_u_int32>(frame.size())); }
-    void flush();
-    void close();
 
 private:
     pcap_t* dead = nullptr;
     pcap_dumper_t* dumper = nullptr;
 };
-
-uint16_t unusedPort(int type);
-// A UDP socket bound to 127.0.0.1:port, or -1.
-int udpSocketOn(uint16_t port);
 
 Bytes sipInvite(const std::string& callId);
 Bytes rtpPacket();

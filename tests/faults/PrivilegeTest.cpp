@@ -3,7 +3,6 @@
 // start with nothing but the two capture capabilities, as the systemd unit does.
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <pwd.h>
 
@@ -30,7 +29,7 @@ protected:
 
     // SIP still reaches the recorder, over a link made after the switch.
     bool forwardsSip() {
-        Traffic traffic([this] { phone.sendTo("127.0.0.1", 5060, sipInvite("privileges")); }, 10ms);
+        Traffic traffic([this] { phone.sendTo(5060, sipInvite("privileges")); }, 10ms);
         return awaitFrame(recorder, sip, "127.0.0.1:5060", 5s);
     }
 
@@ -63,18 +62,13 @@ TEST_F(Privileges, AnUnknownRunAsUserIsASetupError) {
 }
 
 TEST_F(Privileges, SnifferUserSwitchesTheCommandLineProgram) {
-    TempDir folder;
-    const std::string output = folder.file("output.log");
     setenv("SNIFFER_USER", "nobody", 1);
-    ChildProcess udpsniffer({UDPSNIFFER_PROGRAM, "-d", "lo", "-f", "udp port 5060", "-h", "127.0.0.1", "-p",
-                             std::to_string(recorder.port())},
-                            output);
+    SnifferProgram udpsniffer(CommandLine{{UDPSNIFFER_PROGRAM, "-d", "lo", "-f", "udp port 5060", "-h", "127.0.0.1",
+                                           "-p", std::to_string(recorder.port())}});
     unsetenv("SNIFFER_USER");
-    ASSERT_TRUE(waitForText(output, "Running as user nobody", 5s)) << readFile(output);
-    EXPECT_TRUE(forwardsSip()) << readFile(output);
-    udpsniffer.signal(SIGTERM);
-    ASSERT_TRUE(udpsniffer.waitFor(10s));
-    EXPECT_EQ(udpsniffer.exitStatus(), 0) << readFile(output);
+    ASSERT_TRUE(udpsniffer.waitForLog("Running as user nobody")) << udpsniffer.output();
+    EXPECT_TRUE(forwardsSip()) << udpsniffer.output();
+    EXPECT_EQ(udpsniffer.stop(), 0) << udpsniffer.output();
 }
 
 TEST_F(Privileges, CaptureNeedsOnlyNetRawAndNetAdmin) {

@@ -1,10 +1,9 @@
 // The recorder link under faults: a recorder that restarts, one that stops
-// reading, one that sends garbage, split or bursting commands or closes
+// reading, one that sends garbage or bursting commands or closes
 // mid-command, and a UDP recorder that is not there yet.
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include "FaultSupport.h"
@@ -22,7 +21,6 @@ std::string to(uint16_t port) {
 
 class RecorderLinkFault : public PrivateNetworkTest {
 protected:
-
     static std::vector<std::string> recorderAt(uint16_t port, const char* protocol = "TCP") {
         return {"Device=lo", "Filter=udp and (dst port 5060 or dst portrange 40000-52000)", "ServerName=127.0.0.1",
                 "ServerPort=" + std::to_string(port), std::string("ServerProtocol=") + protocol};
@@ -31,9 +29,9 @@ protected:
     void sendSip(std::size_t size = 0) {
         Bytes invite = sipInvite(std::to_string(++calls));
         invite.resize(std::max(invite.size(), size), 'x');
-        phone.sendTo("127.0.0.1", 5060, invite);
+        phone.sendTo(5060, invite);
     }
-    void sendRtp(uint16_t port) { phone.sendTo("127.0.0.1", port, rtpPacket()); }
+    void sendRtp(uint16_t port) { phone.sendTo(port, rtpPacket()); }
 
     UdpSocket phone;
     int calls = 0;
@@ -72,19 +70,12 @@ protected:
 };
 }  // namespace
 
-TEST_F(RecorderLinkFault, ARestartedRecorderIsReconnectedWithinTwoSecondsAndGetsMediaOnceItAddsItAgain) {
+TEST_F(RecorderLinkFault, ARestartedRecorderIsReconnectedWithinTwoSecondsWithOneAttempt) {
     TcpRecorder recorder;
     const std::string endpoint = to(recorder.port());
     SnifferProgram sniffer(recorderAt(recorder.port()));
-    Traffic traffic(
-        [this] {
-            sendSip();
-            sendRtp(40000);
-        },
-        10ms);
+    Traffic traffic([this] { sendSip(); }, 10ms);
     ASSERT_TRUE(awaitFrame(recorder, sip, sipServer, 5s)) << sniffer.output();
-    ASSERT_TRUE(recorder.apply({command(1, "127.0.0.1", 40000)}));
-    ASSERT_TRUE(awaitFrame(recorder, rtp, to(40000), 2s));
     const int connectingBefore = sniffer.countLines("INFO Connecting to recorder " + endpoint);
     const int connectedBefore = sniffer.countLines("INFO Connected to recorder " + endpoint);
 
@@ -97,9 +88,6 @@ TEST_F(RecorderLinkFault, ARestartedRecorderIsReconnectedWithinTwoSecondsAndGets
     EXPECT_LT(steady_clock::now() - back, 2s) << sniffer.output();
 
     ASSERT_TRUE(awaitFrame(recorder, sip, sipServer, 3s)) << "capture goes on through the outage";
-    EXPECT_EQ(framesWithin(recorder, rtp, to(40000), 500ms), 0) << "destinations are forgotten with the link";
-    ASSERT_TRUE(recorder.apply({command(1, "127.0.0.1", 40000)}));
-    EXPECT_TRUE(awaitFrame(recorder, rtp, to(40000), 2s));
 
     EXPECT_EQ(sniffer.countLines("INFO Connecting to recorder " + endpoint) - connectingBefore, 1) << sniffer.output();
     EXPECT_EQ(sniffer.countLines("INFO Connected to recorder " + endpoint) - connectedBefore, 1) << sniffer.output();
@@ -144,38 +132,20 @@ TEST_F(RecorderLinkFault, ARecorderThatStopsReadingIsDroppedWithMemoryBoundedUnt
     EXPECT_EQ(sniffer.stop(), 0) << sniffer.output();
 }
 
-TEST_F(CommandStream, UnknownCodesAreIgnoredAndTheStreamStaysInStep) {
-    Bytes garbage;
-    for (int i = 0; i < 100; ++i) {
-        Bytes record = command(uint8_t(4 + i), "127.0.0.1", uint16_t(40100 + i));
-        garbage.insert(garbage.end(), record.begin(), record.end());
-    }
-    recorder.send(garbage);
-    ASSERT_TRUE(recorder.apply({command(1, "127.0.0.1", 40001)}));
-    EXPECT_TRUE(forwardsMediaTo(40001));
-    EXPECT_TRUE(dropsMediaTo(40100));
-}
-
-TEST_F(CommandStream, ACommandSplitAcrossSegmentsTakesEffectOnceComplete) {
-    const Bytes add = command(1, "127.0.0.1", 40002);
-    recorder.send(Bytes(add.begin(), add.begin() + 4));
-    std::this_thread::sleep_for(200ms);
-    EXPECT_TRUE(dropsMediaTo(40002));
-    recorder.send(Bytes(add.begin() + 4, add.end()));
-    ASSERT_TRUE(recorder.apply({}));
-    EXPECT_TRUE(forwardsMediaTo(40002));
-}
-
-TEST_F(CommandStream, TenThousandCommandsInOneBurstAreAllApplied) {
+// Unknown codes ahead of the burst would throw every later command out of
+// step if they were not taken as whole 7-byte records.
+TEST_F(CommandStream, TenThousandCommandsBehindUnknownCodesAreAllAppliedInStep) {
     Bytes burst;
-    for (uint16_t port = 41000; port < 41000 + 9999; ++port) {
-        const Bytes add = command(1, "127.0.0.1", port);
-        burst.insert(burst.end(), add.begin(), add.end());
-    }
+    const auto append = [&](const Bytes& c) { burst.insert(burst.end(), c.begin(), c.end()); };
+    for (int i = 0; i < 100; ++i)
+        append(command(uint8_t(4 + i), "127.0.0.1", uint16_t(40100 + i)));
+    for (uint16_t port = 41000; port < 41000 + 9999; ++port)
+        append(command(1, "127.0.0.1", port));
     recorder.send(burst);
     ASSERT_TRUE(recorder.apply({}, 30s)) << "the heartbeat behind the burst is answered";
     for (uint16_t port : {41000, 45000, 50998})
         EXPECT_TRUE(forwardsMediaTo(port)) << port;
+    EXPECT_TRUE(dropsMediaTo(40100));
     EXPECT_TRUE(dropsMediaTo(50999));
 }
 
@@ -192,15 +162,13 @@ TEST_F(CommandStream, ARecorderClosingMidCommandIsReconnectedAndItsNextCommandsA
 }
 
 TEST_F(RecorderLinkFault, UdpFramesToAnAbsentRecorderAreLostQuietlyUntilOneListens) {
-    const uint16_t port = unusedPort(SOCK_DGRAM);
+    const uint16_t port = UdpSocket().port();  // free again once the socket is gone
     SnifferProgram sniffer(recorderAt(port, "UDP"));
     Traffic traffic([this] { sendSip(); }, 10ms);
     ASSERT_TRUE(sniffer.waitForLog("INFO Sniffing started."));
     std::this_thread::sleep_for(2s);  // every frame draws an ICMP port unreachable
 
-    const int fd = udpSocketOn(port);
-    ASSERT_GE(fd, 0);
-    UdpSocket recorder(fd);
+    const UdpSocket recorder(port);
     const Bytes frame = recorder.receive(2s);
     ASSERT_GE(frame.size(), 15u);
     EXPECT_EQ(frame[2], sip);

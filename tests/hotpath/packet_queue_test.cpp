@@ -46,33 +46,28 @@ protected:
     PacketQueue queue;
 };
 
+// Bytes past the captured length, up to the wire length and the padding, read as zeros.
 TEST_F(PacketQueueTest, HandsOverFramesInOrderWithHeaderBytesAndZeroPadding) {
-    const std::vector<std::size_t> sizes = {60, 214, 1514, 9000, 300000, 42};
-    for (uint32_t n = 0; n < sizes.size(); ++n)
-        push(n, sizes[n]);
+    const std::vector<std::pair<std::size_t, std::size_t>> sizes = {
+        {60, 60}, {214, 214}, {1514, 1514}, {9000, 9000}, {300000, 300000}, {42, 42}, {100, 160}};
     for (uint32_t n = 0; n < sizes.size(); ++n) {
+        const auto bytes = numbered(n, sizes[n].first);
+        queue.push(headerFor(sizes[n].first, sizes[n].second, n), bytes.data());
+    }
+    for (uint32_t n = 0; n < sizes.size(); ++n) {
+        const auto [caplen, len] = sizes[n];
         PacketQueue::Frame f;
         ASSERT_TRUE(queue.next(f, isStopped));
-        EXPECT_EQ(f.header->caplen, sizes[n]);
-        EXPECT_EQ(f.header->len, sizes[n]);
+        EXPECT_EQ(f.header->caplen, caplen);
+        EXPECT_EQ(f.header->len, len);
         EXPECT_EQ(f.header->ts.tv_sec, static_cast<long>(n));
         EXPECT_EQ(f.header->ts.tv_usec, 7);
-        const auto expected = numbered(n, sizes[n]);
-        EXPECT_EQ(0, std::memcmp(f.packet, expected.data(), sizes[n])) << "frame " << n;
-        const std::vector<u_char> zeros(PacketQueue::framePadding, 0);
-        EXPECT_EQ(0, std::memcmp(f.packet + sizes[n], zeros.data(), zeros.size())) << "frame " << n;
+        const auto expected = numbered(n, caplen);
+        EXPECT_EQ(0, std::memcmp(f.packet, expected.data(), caplen)) << "frame " << n;
+        const std::vector<u_char> zeros(len - caplen + PacketQueue::framePadding, 0);
+        EXPECT_EQ(0, std::memcmp(f.packet + caplen, zeros.data(), zeros.size())) << "frame " << n;
     }
     EXPECT_EQ(queue.pushed(), sizes.size());
-}
-
-TEST_F(PacketQueueTest, BytesPastTheCapturedLengthReadAsZeros) {
-    const auto bytes = numbered(5, 100);
-    queue.push(headerFor(100, 160), bytes.data());
-    PacketQueue::Frame f;
-    ASSERT_TRUE(queue.next(f, isStopped));
-    EXPECT_EQ(0, std::memcmp(f.packet, bytes.data(), 100));
-    for (std::size_t i = 100; i < 160 + PacketQueue::framePadding; ++i)
-        ASSERT_EQ(f.packet[i], 0) << "byte " << i;
 }
 
 TEST_F(PacketQueueTest, EndStopsTheConsumerAndClearCountsWhatWasLeftIncludingItsBatch) {

@@ -7,31 +7,9 @@
 
 namespace {
 
+// Neighbours share an address or a port, so a match on one alone shows.
 RtpAddr dest(uint32_t n) {
     return RtpAddr(0x0A000000u + n / 7, static_cast<uint16_t>(10000 + 2 * (n % 7)));
-}
-
-TEST(RtpList, CountsDuplicatesAndOneRemoveDropsThemAll) {
-    RtpList list;
-    const RtpAddr a(0x0A000001, 5000);
-    list.add(a);
-    list.add(a);
-    EXPECT_EQ(list.count(a), 2u);
-    EXPECT_EQ(list.size(), 1u);
-    list.remove(a);
-    EXPECT_FALSE(list.contains(a));
-    EXPECT_EQ(list.count(a), 0u);
-    list.remove(a);  // removing what is not listed changes nothing
-    EXPECT_EQ(list.size(), 0u);
-}
-
-TEST(RtpList, AddressAndPortMustBothMatch) {
-    RtpList list;
-    list.add(RtpAddr(0x0A000001, 5000));
-    EXPECT_TRUE(list.contains(RtpAddr(0x0A000001, 5000)));
-    EXPECT_FALSE(list.contains(RtpAddr(0x0A000001, 5002)));
-    EXPECT_FALSE(list.contains(RtpAddr(0x0A000002, 5000)));
-    EXPECT_FALSE(list.contains(RtpAddr(0, 0)));
 }
 
 TEST(RtpList, RemovalsKeepEveryOtherEntryReachableAcrossGrowth) {
@@ -54,7 +32,8 @@ TEST(RtpList, AgreesWithACountingMapOverARandomRunOfAddsAndRemoves) {
     std::map<uint32_t, unsigned> model;
     std::mt19937 random(7);
     for (int step = 0; step < 200000; ++step) {
-        const uint32_t n = random() % 3000;  // few enough for duplicates and long probe runs
+        // Few enough for duplicates, removals of what is not listed and long probe runs.
+        const uint32_t n = random() % 3000;
         if (random() % 3 == 0) {
             list.remove(dest(n));
             model.erase(n);

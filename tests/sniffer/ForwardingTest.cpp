@@ -90,34 +90,34 @@ TEST_F(Forwarding, HeartbeatRequestIsAnsweredWithAnEmptyProtocol3Frame) {
     EXPECT_TRUE(waitForLog(log, "Heartbeat sent", 1s));  // written once the reply is out
 }
 
-TEST_F(Forwarding, VlanTagsAndIpOptionsAreSkippedToFindThePayload) {
+TEST_F(Forwarding, PayloadIsFoundBehindTagsAndOptionsAndTakesPaddingAndTheCutTailAlong) {
+    const Endpoint a{"10.0.0.1", 5060}, b{"10.0.0.2", 5070};
     const Bytes sip = bytesOf("SIP/2.0 180 Ringing");
-    for (const FrameOptions& options :
-         {FrameOptions{etherTypeVlan}, FrameOptions{etherTypeQinQ}, FrameOptions{etherTypeIpv4, 3}}) {
-        SCOPED_TRACE(testing::Message() << "EtherType " << std::hex << options.etherType << ", IP option words "
-                                        << options.ipOptionWords);
-        const ForwardedFrame frame = forwarded(udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5070}, sip, options));
+    const Bytes shortSip = bytesOf("SIP/2.0 OK");  // 52 bytes of frame, padded to 60
+    Bytes withPadding = shortSip, withCutTail = shortSip;
+    withPadding.resize(18, 0);
+    withCutTail.resize(16, 0);
+    const struct {
+        const char* name;
+        Bytes frame;
+        std::size_t wireLength;
+        Bytes payload;
+    } cases[] = {
+        {"802.1Q tag", udpFrame(a, b, sip, {etherTypeVlan}), 0, sip},
+        {"802.1ad and 802.1Q tags", udpFrame(a, b, sip, {etherTypeQinQ}), 0, sip},
+        {"IP options", udpFrame(a, b, sip, {etherTypeIpv4, 3}), 0, sip},
+        {"Ethernet padding", padded(udpFrame(a, b, shortSip)), 0, withPadding},
+        {"cut at the snap length", udpFrame(a, b, shortSip), 52 + 6, withCutTail},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const ForwardedFrame frame = forwarded(c.frame, c.wireLength);
         EXPECT_EQ(1, frame.protocol());
+        EXPECT_EQ(static_cast<int>(15 + c.payload.size()), frame.length());
         EXPECT_EQ("10.0.0.2:5070", frame.destination());
         EXPECT_EQ("10.0.0.1:5060", frame.source());
-        EXPECT_EQ(sip, frame.payload());
+        EXPECT_EQ(c.payload, frame.payload());
     }
-}
-
-TEST_F(Forwarding, EthernetPaddingOfAShortDatagramIsForwardedWithIt) {
-    const ForwardedFrame frame =
-        forwarded(padded(udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5060}, bytesOf("SIP/2.0 OK"))));
-    Bytes expected = bytesOf("SIP/2.0 OK");
-    expected.resize(18, 0);
-    EXPECT_EQ(33, frame.length());
-    EXPECT_EQ(expected, frame.payload());
-}
-
-TEST_F(Forwarding, FrameCutAtTheSnapLengthIsForwardedAtItsWireLengthZeroFilled) {
-    const Bytes frame = udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5060}, bytesOf("SIP/2.0 200 OK"));
-    Bytes expected = bytesOf("SIP/2.0 200 OK");
-    expected.resize(expected.size() + 6, 0);
-    EXPECT_EQ(expected, forwarded(frame, frame.size() + 6).payload());
 }
 
 TEST_F(Forwarding, OtherProtocolsAndBadIpHeadersAreDroppedWithARawHeaderDump) {

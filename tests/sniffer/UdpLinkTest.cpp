@@ -2,21 +2,11 @@
 // redirected to whoever sent the last command.
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
-#include <sys/socket.h>
-
 #include "LogCapture.h"
 #include "Network.h"
 #include "UdpConnection.h"
 
 namespace {
-uint16_t localPort(const UdpConnection& link) {
-    sockaddr_in local{};
-    socklen_t len = sizeof local;
-    getsockname(link.getClientSd(), reinterpret_cast<sockaddr*>(&local), &len);
-    return ntohs(local.sin_port);
-}
-
 int send(UdpConnection& link, Bytes frame) {
     return link.sendPacket(frame.data(), static_cast<int>(frame.size()));
 }
@@ -44,7 +34,7 @@ TEST(UdpLink, CommandDatagramIsDecodedAndLogged) {
     SnifferRequest request;
     EXPECT_FALSE(link.receiveRequest(request));
 
-    recorder.sendTo("127.0.0.1", localPort(link), {0x03, 0x0A, 0x00, 0x00, 0x07, 0x9C, 0x40});
+    recorder.sendTo(localPort(link.getClientSd()), {0x03, 0x0A, 0x00, 0x00, 0x07, 0x9C, 0x40});
     ASSERT_TRUE(receive(link, request));
     EXPECT_EQ(SnifferRequest(3, 0x0A000007, 40000), request);
     EXPECT_TRUE(log.contains("DEBUG", "rx from server cmd=3, ip=10.0.0.7, port=40000, nRcvd=7"));
@@ -55,7 +45,7 @@ TEST(UdpLink, FramesGoToTheSenderOfTheLastCommand) {
     UdpSocket recorder;
     UdpSocket takeover;
     UdpConnection link("127.0.0.1", recorder.port());
-    takeover.sendTo("127.0.0.1", localPort(link), {0x01, 10, 0, 0, 1, 0x1F, 0x40});
+    takeover.sendTo(localPort(link.getClientSd()), {0x01, 10, 0, 0, 1, 0x1F, 0x40});
     SnifferRequest request;
     ASSERT_TRUE(receive(link, request));
 

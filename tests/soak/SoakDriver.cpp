@@ -5,14 +5,10 @@
 // listed RTP must all arrive; what does not is reported as lost, with the
 // sniffer's resident size at start and end.
 //   soak_driver SECONDS RATE
-#include <arpa/inet.h>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <poll.h>
 #include <random>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include "FaultSupport.h"
 
@@ -24,97 +20,20 @@ constexpr int churnCount = 1000;
 const char* const filter = "udp and (dst port 5060 or dst portrange 40000-41999)";
 
 struct Counts {
-    std::atomic<uint64_t> sip{0}, steady{0}, churn{0}, heartbeats{0};
+    std::atomic<uint64_t> sip{0}, steady{0}, churn{0};
 };
 
-// A recorder that only counts what it receives: frames by class, and
-// heartbeat replies. Takes the newest connection when the sniffer
-// reconnects, with a receive buffer as large as a busy recorder's.
-class CountingRecorder {
-public:
-    CountingRecorder() : listener(socket(AF_INET, SOCK_STREAM, 0)) {
-        const int buffer = 8 << 20;
-        setsockopt(listener, SOL_SOCKET, SO_RCVBUFFORCE, &buffer, sizeof buffer);
-        sockaddr_in local{};
-        local.sin_family = AF_INET;
-        local.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        if (bind(listener, reinterpret_cast<sockaddr*>(&local), sizeof local) != 0 || listen(listener, 4) != 0)
-            std::exit(2);
-        socklen_t len = sizeof local;
-        getsockname(listener, reinterpret_cast<sockaddr*>(&local), &len);
-        port = ntohs(local.sin_port);
-        reader = std::thread(&CountingRecorder::serve, this);
-    }
-    ~CountingRecorder() {
-        stopping = true;
-        reader.join();
-    }
-
-    void send(const Bytes& data) { ::send(connection, data.data(), data.size(), MSG_NOSIGNAL); }
-
-    uint16_t port;
-    Counts received;
-    std::atomic<int> connection{-1};
-    std::atomic<int> connections{0};
-
-private:
-    void serve() {
-        Bytes stream;
-        Bytes chunk(1 << 20);
-        while (!stopping) {
-            pollfd fds[2] = {{listener, POLLIN, 0}, {connection, POLLIN, 0}};
-            if (poll(fds, connection >= 0 ? 2 : 1, 50) <= 0)
-                continue;
-            if (fds[0].revents & POLLIN) {
-                const int old = connection.exchange(accept(listener, nullptr, nullptr));
-                if (old >= 0)
-                    close(old);
-                ++connections;
-                stream.clear();
-                continue;
-            }
-            const ssize_t n = recv(connection, chunk.data(), chunk.size(), 0);
-            if (n <= 0) {
-                close(connection.exchange(-1));
-                continue;
-            }
-            stream.insert(stream.end(), chunk.begin(), chunk.begin() + n);
-            count(stream);
-        }
-    }
-
-    void count(Bytes& stream) {
-        std::size_t at = 0;
-        while (stream.size() - at >= 15) {
-            const std::size_t length = std::max(stream[at] << 8 | stream[at + 1], 15);
-            if (stream.size() - at < length)
-                break;
-            const int protocol = stream[at + 2];
-            const int port = stream[at + 7] << 8 | stream[at + 8];
-            if (protocol == 1)
-                ++received.sip;
-            else if (protocol == 3)
-                ++received.heartbeats;
-            else if (protocol == 2 && port < steadyFirst + steadyCount)
-                ++received.steady;
-            else if (protocol == 2)
-                ++received.churn;
-            at += length;
-        }
-        stream.erase(stream.begin(), stream.begin() + at);
-    }
-
-    int listener;
-    std::atomic<bool> stopping{false};
-    std::thread reader;
-};
-
-bool applied(CountingRecorder& recorder, const std::vector<Bytes>& commands) {
-    const uint64_t before = recorder.received.heartbeats;
-    for (const Bytes& c : commands)
-        recorder.send(c);
-    recorder.send(heartbeatRequest());
-    return waitUntil([&] { return recorder.received.heartbeats > before; }, 10s);
+// Frames by class; the recorder keeps none of them.
+void countInto(TcpRecorder& recorder, Counts& received) {
+    recorder.tapInstead([&received](const ForwardedFrame& frame) {
+        const int port = frame.bytes[7] << 8 | frame.bytes[8];
+        if (frame.protocol() == 1)
+            ++received.sip;
+        else if (frame.protocol() == 2 && port < steadyFirst + steadyCount)
+            ++received.steady;
+        else if (frame.protocol() == 2)
+            ++received.churn;
+    });
 }
 
 void report(const char* when, double seconds, const SnifferProgram& sniffer, const Counts& sent,
@@ -135,14 +54,16 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "soak: needs root, for a network namespace of its own\n");
         return 2;
     }
-    CountingRecorder recorder;
+    Counts received;  // outlives the recorder that counts into it
+    TcpRecorder recorder;
+    countInto(recorder, received);
     SnifferProgram sniffer({"Device=lo", std::string("Filter=") + filter, "ServerName=127.0.0.1",
-                            "ServerPort=" + std::to_string(recorder.port), "ServerProtocol=TCP"});
+                            "ServerPort=" + std::to_string(recorder.port()), "ServerProtocol=TCP"});
     UdpSocket phone;
     if (!waitUntil(
             [&] {
-                phone.sendTo("127.0.0.1", 5060, sipInvite("warm-up"));
-                return recorder.received.sip > 0;
+                phone.sendTo(5060, sipInvite("warm-up"));
+                return received.sip > 0;
             },
             10s)) {
         std::fprintf(stderr, "soak: the sniffer forwards nothing\n%s", sniffer.output().c_str());
@@ -151,9 +72,10 @@ int main(int argc, char** argv) {
     std::vector<Bytes> steady;
     for (int i = 0; i < steadyCount; ++i)
         steady.push_back(command(1, "127.0.0.1", uint16_t(steadyFirst + i)));
-    if (!applied(recorder, steady))
+    if (!recorder.apply(steady, 10s))
         return 1;
-    recorder.received.sip = 0;
+    std::this_thread::sleep_for(1500ms);  // libpcap may hold the last warm-up packets for a second
+    received.sip = 0;
 
     Counts sent;
     const Bytes invite = sipInvite("soak");
@@ -162,19 +84,19 @@ int main(int argc, char** argv) {
     uint64_t packet = 0;
     std::mt19937 random(42);
     uint64_t churnCommands = 0;
-    int connectionsSeen = recorder.connections;
+    int connectionsSeen = recorder.connections();
     {
         Traffic traffic(
             [&] {
                 for (int i = 0; i < perTick; ++i, ++packet) {
                     if (packet % 10 == 0) {
-                        phone.sendTo("127.0.0.1", 5060, invite);
+                        phone.sendTo(5060, invite);
                         ++sent.sip;
                     } else if (packet % 2) {
-                        phone.sendTo("127.0.0.1", uint16_t(steadyFirst + packet % steadyCount), voice);
+                        phone.sendTo(uint16_t(steadyFirst + packet % steadyCount), voice);
                         ++sent.steady;
                     } else {
-                        phone.sendTo("127.0.0.1", uint16_t(churnFirst + packet % churnCount), voice);
+                        phone.sendTo(uint16_t(churnFirst + packet % churnCount), voice);
                         ++sent.churn;
                     }
                 }
@@ -183,8 +105,8 @@ int main(int argc, char** argv) {
         Traffic churn(
             [&] {
                 // A recorder re-adds what it wants after the sniffer reconnects.
-                if (recorder.connections != connectionsSeen) {
-                    connectionsSeen = recorder.connections;
+                if (recorder.connections() != connectionsSeen) {
+                    connectionsSeen = recorder.connections();
                     for (const Bytes& add : steady)
                         recorder.send(add);
                 }
@@ -196,20 +118,20 @@ int main(int argc, char** argv) {
         const auto start = std::chrono::steady_clock::now();
         auto elapsed = [&] { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(); };
         std::this_thread::sleep_for(5s);
-        report("start", elapsed(), sniffer, sent, recorder.received);
+        report("start", elapsed(), sniffer, sent, received);
         while (elapsed() < seconds) {
             std::this_thread::sleep_for(std::min(60.0, seconds - elapsed()) * 1s);
-            report("", elapsed(), sniffer, sent, recorder.received);
+            report("", elapsed(), sniffer, sent, received);
         }
     }
     std::this_thread::sleep_for(2s);
-    report("end", seconds, sniffer, sent, recorder.received);
-    const uint64_t lost = (sent.sip - recorder.received.sip) + (sent.steady - recorder.received.steady);
+    report("end", seconds, sniffer, sent, received);
+    const uint64_t lost = (sent.sip - received.sip) + (sent.steady - received.steady);
     std::printf("sent %llu packets (%.0f a second); frames lost: %llu of %llu that had to arrive; "
                 "%llu add/remove commands; %d reconnections (%d full send buffers)\n",
                 (unsigned long long)packet, double(packet) / seconds, (unsigned long long)lost,
                 (unsigned long long)(sent.sip + sent.steady), (unsigned long long)churnCommands,
-                recorder.connections - 1, sniffer.countLines("WARN Can not send. Connection to recorder lost."));
+                recorder.connections() - 1, sniffer.countLines("WARN Can not send. Connection to recorder lost."));
     const std::optional<int> status = sniffer.stop();
     std::printf("sniffer exit status %d\n", status.value_or(-1));
     return status == 0 ? 0 : 1;

@@ -1,15 +1,13 @@
 #include "FrameReceiver.h"
+#include "Loopback.h"
 
-#include <arpa/inet.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 UdpFrameReceiver::UdpFrameReceiver() {
     socket_ = socket(AF_INET, SOCK_DGRAM, 0);
-    sockaddr_in at{};
-    at.sin_family = AF_INET;
-    at.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    sockaddr_in at = loopback(0);
     bind(socket_, reinterpret_cast<const sockaddr*>(&at), sizeof at);
     socklen_t len = sizeof at;
     getsockname(socket_, reinterpret_cast<sockaddr*>(&at), &len);

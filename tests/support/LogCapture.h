@@ -28,7 +28,6 @@ public:
     // Messages of one level, in order.
     std::vector<std::string> messages(const std::string& level) const;
     bool contains(const std::string& level, const std::string& message) const;
-    size_t count(const std::string& level, const std::string& message) const;
     void clear();
 
 private:

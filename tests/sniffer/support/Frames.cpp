@@ -36,20 +36,24 @@ Bytes linkHeader(uint16_t etherType) {
     return b;
 }
 
-Bytes ipHeader(uint8_t protocol, const char* src, const char* dst, int optionWords, std::size_t bodyLength) {
-    Bytes b;
-    b.push_back(uint8_t(0x40 | (5 + optionWords)));
-    b.push_back(0);
-    put16(b, uint16_t(20 + 4 * optionWords + bodyLength));
-    put16(b, 0x1234);
-    put16(b, 0x4000);
-    b.push_back(64);
+Bytes ipHeader(uint8_t protocol, uint16_t totalLength, uint16_t id, uint16_t fragment, uint8_t ttl, uint16_t checksum,
+               const char* src, const char* dst, int optionWords = 0) {
+    Bytes b = {uint8_t(0x40 | (5 + optionWords)), 0};
+    put16(b, totalLength);
+    put16(b, id);
+    put16(b, fragment);
+    b.push_back(ttl);
     b.push_back(protocol);
-    put16(b, 0);
+    put16(b, checksum);
     putAddress(b, src);
     putAddress(b, dst);
     b.insert(b.end(), 4 * optionWords, 0x01);
     return b;
+}
+
+Bytes ipHeader(uint8_t protocol, Endpoint src, Endpoint dst, int optionWords, std::size_t bodyLength) {
+    return ipHeader(protocol, uint16_t(20 + 4 * optionWords + bodyLength), 0x1234, 0x4000, 64, 0, src.ip, dst.ip,
+                    optionWords);
 }
 
 Bytes frameOf(const Bytes& link, const Bytes& ip, const Bytes& transport, const Bytes& payload) {
@@ -68,7 +72,7 @@ Bytes udpFrame(Endpoint src, Endpoint dst, const Bytes& payload, const FrameOpti
     put16(udp, uint16_t(8 + payload.size()));
     put16(udp, 0);
     return frameOf(linkHeader(options.etherType),
-                   ipHeader(IPPROTO_UDP, src.ip, dst.ip, options.ipOptionWords, udp.size() + payload.size()), udp,
+                   ipHeader(IPPROTO_UDP, src, dst, options.ipOptionWords, udp.size() + payload.size()), udp,
                    payload);
 }
 
@@ -86,22 +90,14 @@ Bytes tcpFrame(Endpoint src, Endpoint dst, const Bytes& payload, const FrameOpti
     if (options.tcpDataOffset > 5)
         tcp.insert(tcp.end(), 4 * (options.tcpDataOffset - 5), 0x01);
     return frameOf(linkHeader(options.etherType),
-                   ipHeader(IPPROTO_TCP, src.ip, dst.ip, options.ipOptionWords, tcp.size() + payload.size()), tcp,
+                   ipHeader(IPPROTO_TCP, src, dst, options.ipOptionWords, tcp.size() + payload.size()), tcp,
                    payload);
 }
 
 Bytes ipFrame(uint8_t protocol, uint16_t totalLength, uint16_t id, uint16_t fragment, uint8_t ttl, uint16_t checksum,
               const Bytes& body) {
-    Bytes ip = {0x45, 0};
-    put16(ip, totalLength);
-    put16(ip, id);
-    put16(ip, fragment);
-    ip.push_back(ttl);
-    ip.push_back(protocol);
-    put16(ip, checksum);
-    putAddress(ip, "10.0.0.1");
-    putAddress(ip, "10.0.0.2");
-    return frameOf(linkHeader(etherTypeIpv4), ip, {}, body);
+    return frameOf(linkHeader(etherTypeIpv4),
+                   ipHeader(protocol, totalLength, id, fragment, ttl, checksum, "10.0.0.1", "10.0.0.2"), {}, body);
 }
 
 Bytes padded(Bytes frame) {

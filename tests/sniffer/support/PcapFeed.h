@@ -1,10 +1,10 @@
 #ifndef SNIFFER_TESTS_PCAP_FEED_H
 #define SNIFFER_TESTS_PCAP_FEED_H
 
+#include <pcap.h>
+#include <cstddef>
 #include <string>
 #include <thread>
-
-#include "Network.h"
 
 // Plays a capture file into a named pipe that the engine opens as its
 // "file:" device, in two steps: the first packets, then (when the test has
@@ -24,13 +24,11 @@ public:
     void finish();
 
 private:
-    void write(std::size_t from, std::size_t to);
+    void copy(std::size_t packets);
 
-    Bytes capture;
-    std::vector<std::size_t> packetStart;  // offsets of each record, then the end of the file
+    pcap_t* source;
+    pcap_dumper_t* sink = nullptr;
     std::string pipePath;
-    int pipe = -1;
-    std::size_t written = 0;
     std::thread writer;
 };
 

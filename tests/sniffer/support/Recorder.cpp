@@ -18,13 +18,6 @@ void enlargeReceiveBuffer(int fd) {
     if (setsockopt(fd, SOL_SOCKET, SO_RCVBUFFORCE, &receiveBufferSize, sizeof receiveBufferSize) != 0)
         setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &receiveBufferSize, sizeof receiveBufferSize);
 }
-
-uint16_t localPort(int fd) {
-    sockaddr_in a{};
-    socklen_t len = sizeof a;
-    getsockname(fd, reinterpret_cast<sockaddr*>(&a), &len);
-    return ntohs(a.sin_port);
-}
 }  // namespace
 
 std::string ForwardedFrame::endpoint(int at) const {
@@ -43,10 +36,6 @@ Bytes command(uint8_t code, const char* ip, uint16_t port) {
             uint8_t(port)};
 }
 
-Bytes heartbeatRequest() {
-    return command(3, "0.0.0.0", 0);
-}
-
 // ---------------------------------------------------------------- frames
 
 void Recorder::deliver(ForwardedFrame frame) {
@@ -54,6 +43,8 @@ void Recorder::deliver(ForwardedFrame frame) {
         std::lock_guard<std::mutex> guard(lock);
         if (frame.protocol() == 3)
             ++heartbeatReplies;
+        else if (tap)
+            return tap(frame);
         else
             pending.push_back(frame);
         all.push_back(std::move(frame));
@@ -88,9 +79,14 @@ bool Recorder::apply(const std::vector<Bytes>& commands, std::chrono::millisecon
     }
     for (const Bytes& c : commands)
         send(c);
-    send(heartbeatRequest());
+    send(command(3, "0.0.0.0", 0));  // heartbeat request
     std::unique_lock<std::mutex> guard(lock);
     return arrived.wait_for(guard, timeout, [&] { return heartbeatReplies > before; });
+}
+
+void Recorder::tapInstead(std::function<void(const ForwardedFrame&)> newTap) {
+    std::lock_guard<std::mutex> guard(lock);
+    tap = std::move(newTap);
 }
 
 // ---------------------------------------------------------------- TCP
@@ -144,6 +140,7 @@ void TcpRecorder::serve() {
                 const int old = connection.exchange(accepted);
                 if (old >= 0)
                     close(old);
+                ++acceptedCount;
                 stream.clear();
             }
             continue;

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -29,7 +30,6 @@ private:
 
 // The 7-byte wire form of a recorder command.
 Bytes command(uint8_t code, const char* ip, uint16_t port);
-Bytes heartbeatRequest();
 
 // A recorder on 127.0.0.1: collects forwarded frames in arrival order and
 // sends commands back. A reader thread takes what arrives at once, so the
@@ -50,6 +50,9 @@ public:
     // reply: the sniffer applies commands in order, so all of them are in
     // force once the reply is here. The reply is not handed out by next().
     bool apply(const std::vector<Bytes>& commands, std::chrono::milliseconds timeout = 3s);
+    // From now on frames go to `tap` (on the reader thread) instead of being
+    // kept, for runs too long to hold them all.
+    void tapInstead(std::function<void(const ForwardedFrame&)> tap);
 
 protected:
     void deliver(ForwardedFrame frame);
@@ -62,6 +65,7 @@ private:
     std::deque<ForwardedFrame> pending;
     std::vector<ForwardedFrame> all;
     int heartbeatReplies = 0;
+    std::function<void(const ForwardedFrame&)> tap;
 };
 
 // Accepts one sniffer connection at a time on a fixed port; can go away
@@ -77,6 +81,7 @@ public:
     // Listens again on the same port.
     void start();
     bool connected() const { return connection >= 0; }
+    int connections() const { return acceptedCount; }
 
 private:
     void serve();
@@ -84,6 +89,7 @@ private:
 
     int listener = -1;
     std::atomic<int> connection{-1};
+    std::atomic<int> acceptedCount{0};
     std::thread reader;
 };
 

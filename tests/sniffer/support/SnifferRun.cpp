@@ -14,7 +14,10 @@ SnifferRun::SnifferRun(const std::vector<std::string>& options, const char* tran
     engine = std::make_unique<Sniffer>();
     if (engine->configure(static_cast<int>(words.size()), argv.data()) != 0)
         return;
-    engine->setServerProtocol(transport);
+    if (transport)
+        engine->setServerProtocol(transport);
+    else
+        engine->setEmbedded(true);
     setup = engine->setupSniffing();
     if (setup == 0)
         consumer = std::thread([this] { engine->startSniffing(); });

@@ -9,8 +9,9 @@
 class Sniffer;
 
 // One engine in this process, configured from command-line words
-// ("-d", "lo", "-f", "udp", ...) with the given recorder transport, set up,
-// and consuming on a thread of its own until stop() or destruction.
+// ("-d", "lo", "-f", "udp", ...) with the given recorder transport (none:
+// embedded, forwarding to the in-process link), set up, and consuming on a
+// thread of its own until stop() or destruction.
 class SnifferRun {
 public:
     SnifferRun(const std::vector<std::string>& options, const char* transport);
