@@ -114,10 +114,11 @@ bool PacketQueue::takeFromBatch(Frame& frame) {
 }
 
 void PacketQueue::spinForFrames(bool (*ended)()) const {
-    for (int i = 0; i < spinsBeforeSleep; ++i) {
-        if (pendingFrames.load(std::memory_order_relaxed) != 0 || ended())
+    for (int i = 0; i < spinsBeforeSleep; i += spinsPerLook) {
+        if (pendingFrames.load(std::memory_order_relaxed) >= batchTarget || ended())
             return;
-        __builtin_ia32_pause();
+        for (int pause = 0; pause < spinsPerLook; ++pause)
+            __builtin_ia32_pause();
     }
 }
 

@@ -83,6 +83,15 @@ private:
     // high rates the next one is microseconds away, and waking a sleeping
     // consumer costs the producer a system call.
     static constexpr int spinsBeforeSleep = 1000;
+    // The spinning consumer looks at the frame count once every this many
+    // pauses: each look pulls the count's cache line from the producer,
+    // whose next push must then fetch it back.
+    static constexpr int spinsPerLook = 16;
+    // While spinning, the consumer waits for this many frames before it takes
+    // the producers' lock. A consumer that has caught up would otherwise
+    // take it for every frame or two, and the lock's cache line and futex
+    // would bounce between the threads on every push.
+    static constexpr std::size_t batchTarget = 64;
 
     u_char* reserve(std::size_t bytes);
     // Moves `chunks` to the spares; those beyond the limit go to `released`,
@@ -101,12 +110,14 @@ private:
     std::size_t chunksFilled = 0;   // since the last trim
     uint64_t pushCount = 0;
     bool consumerAsleep = false;
-    // Frames in pendingChunks, readable without the lock while the consumer spins.
-    std::atomic<std::size_t> pendingFrames{0};
+    // Frames in pendingChunks, readable without the lock while the consumer
+    // spins; on a line of its own so that the spinning does not pull the
+    // lock's line away from the producers.
+    alignas(64) std::atomic<std::size_t> pendingFrames{0};
 
     // The consumer's batch. Its lock is the consumer's own except when
     // clear() runs on another thread; taken after queueLock when both are held.
-    std::mutex batchLock;
+    alignas(64) std::mutex batchLock;
     std::vector<Chunk> batchChunks;
     std::size_t batchChunk = 0;   // the chunk being walked
     std::size_t batchOffset = 0;  // its next record
