@@ -54,3 +54,16 @@ TEST(UdpLink, FramesGoToTheSenderOfTheLastCommand) {
     EXPECT_EQ(frame, takeover.receive(1s));
     EXPECT_TRUE(recorder.receive(100ms).empty());
 }
+
+// A datagram the socket refuses (over the 65,507 bytes UDP can carry) is
+// dropped with the two error lines, and the link goes on with the next frame.
+TEST(UdpLink, RefusedDatagramIsLoggedAndDroppedAndTheNextOneSent) {
+    LogCapture log;
+    UdpSocket recorder;
+    UdpConnection link("127.0.0.1", recorder.port());
+    EXPECT_EQ(-1, send(link, Bytes(70000, 0x5A)));
+    EXPECT_TRUE(log.contains("ERROR", "len=70000, sent=-1\nError sento on socket"));
+    const Bytes next(200, 0x33);
+    EXPECT_EQ(200, send(link, next));
+    EXPECT_EQ(next, recorder.receive(1s));
+}
