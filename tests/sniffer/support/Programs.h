@@ -18,12 +18,12 @@ bool runsCleanly(const std::vector<std::string>& argv, std::chrono::milliseconds
 // Waits until the file at `path` contains `text`.
 bool waitForText(const std::string& path, const std::string& text, std::chrono::milliseconds timeout);
 
-// A program under test with its output (log lines "LEVEL message") in a
-// file of a folder of its own.
 struct CommandLine {
     std::vector<std::string> argv;
 };
 
+// A program under test with its output (log lines "LEVEL message") in a
+// file of a folder of its own.
 class SnifferProgram {
 public:
     // `sniffer` configured from a properties file of `properties` lines;
