@@ -42,12 +42,17 @@ protected:
     const Bytes invite = bytesOf("INVITE sip:bob@example.com SIP/2.0\r\nCSeq: 1 INVITE\r\n\r\n");
 };
 
-TEST_F(LiveCapture, LoopbackSipIsForwardedAndStopJoinsCapturesBeforeTheCommandReader) {
-    auto run = start("lo", filter);
+// The device list keeps empty names; the devices that cannot be opened are skipped.
+TEST_F(LiveCapture, LoopbackSipIsForwardedPastUnopenableDevicesAndStopJoinsCapturesBeforeTheCommandReader) {
+    auto run = start(";nosuchdev0;lo", filter);
     ASSERT_EQ(0, run->setupResult());
+    EXPECT_TRUE(containsPrefix(log, "ERROR", "Couldn't open device :"));
+    EXPECT_TRUE(containsPrefix(log, "ERROR", "Couldn't open device nosuchdev0:"));
     EXPECT_TRUE(log.contains("INFO", "Device: lo opened"));
     EXPECT_TRUE(log.contains("INFO", "Filter compilation ok: " + filter));
     EXPECT_TRUE(log.contains("INFO", "Filter instalation ok: " + filter));
+    ASSERT_TRUE(waitForLog(log, "PCAP thread created 2", 2s));
+    EXPECT_EQ(1, countPrefix(log, "PCAP thread created "));
     UdpSocket phone;
     phone.sendTo(target.port(), invite);
 
@@ -61,29 +66,13 @@ TEST_F(LiveCapture, LoopbackSipIsForwardedAndStopJoinsCapturesBeforeTheCommandRe
 
     run->stop();
     const long ending = logIndex(log, "Ending Sniffing ...");
-    const long capture = logIndex(log, "Completed join with PCAP thread 0 status=0");
+    const long capture = logIndex(log, "Completed join with PCAP thread 2 status=0");
     const long reader = logIndex(log, "Completed join with Command reader thread, status=0");
     ASSERT_GE(ending, 0);
     EXPECT_LT(ending, capture);
     EXPECT_LT(capture, reader);
-    EXPECT_GE(logIndex(log, "Sniffing ended."), 0);
-}
-
-TEST_F(LiveCapture, DevicesThatCannotBeOpenedAreSkipped) {
-    auto run = start(";nosuchdev0;lo", filter);
-    ASSERT_EQ(0, run->setupResult());
-    EXPECT_TRUE(containsPrefix(log, "ERROR", "Couldn't open device :"));
-    EXPECT_TRUE(containsPrefix(log, "ERROR", "Couldn't open device nosuchdev0:"));
-    ASSERT_TRUE(waitForLog(log, "PCAP thread created 2", 2s));
-    EXPECT_EQ(1, countPrefix(log, "PCAP thread created "));
-
-    UdpSocket phone;
-    phone.sendTo(target.port(), invite);
-    EXPECT_EQ(1u, frames(1).size());
-
-    run->stop();
     EXPECT_EQ(1, countPrefix(log, "Completed join with PCAP thread "));
-    EXPECT_GE(logIndex(log, "Completed join with PCAP thread 2 status=0"), 0);
+    EXPECT_GE(logIndex(log, "Sniffing ended."), 0);
 }
 
 TEST_F(LiveCapture, FilterThatDoesNotCompileEndsSetupAtTheFirstOpenedDevice) {

@@ -130,23 +130,6 @@ INSTANTIATE_TEST_SUITE_P(
 
 // ---------------------------------------------------------------- device list
 
-TEST(DeviceList, SplitsOnSemicolonsKeepingEmptyNamesButNoTrailingOne) {
-    Sniffer sniffer;
-    ASSERT_EQ(0, sniffer.setDevice("eth0;;eth1"));
-    ASSERT_EQ(3, sniffer.getDeviceCount());
-    EXPECT_STREQ("eth0", sniffer.getDevice(0));
-    EXPECT_STREQ("", sniffer.getDevice(1));
-    EXPECT_STREQ("eth1", sniffer.getDevice(2));
-
-    ASSERT_EQ(0, sniffer.setDevice(";eth0;"));
-    ASSERT_EQ(2, sniffer.getDeviceCount());
-    EXPECT_STREQ("", sniffer.getDevice(0));
-    EXPECT_STREQ("eth0", sniffer.getDevice(1));
-
-    ASSERT_EQ(0, sniffer.setDevice(""));
-    EXPECT_EQ(0, sniffer.getDeviceCount());
-}
-
 TEST(DeviceList, MoreThanTenDevicesOrOverLongNamesAreRejectedWithoutChange) {
     LogCapture log;
     Sniffer sniffer;

@@ -23,7 +23,6 @@ public:
     // SIGTERM, then SIGKILL after `grace`; reaps the child.
     void stop(std::chrono::milliseconds grace = std::chrono::seconds(5));
     void signal(int sig);
-    bool exited() const { return exited_; }
     int exitStatus() const { return status_; }  // exit code, or 128 + signal
 
 private:
