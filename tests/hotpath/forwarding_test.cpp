@@ -1,56 +1,54 @@
-// What is still queued at the end is dropped, and packets handed over
-// directly are copied out of their owner's buffers.
+// What is still queued, or forwarded but not taken by the host, is dropped
+// at the end; packets handed over directly are copied out of their owner's buffers.
 #include <cstring>
-#include <vector>
+#include <memory>
 
 #include <gtest/gtest.h>
 
-#include "BaseConnection.h"
+#include "EmbeddedConnection.h"
 #include "Frames.h"
 #include "SngDissector.h"
 #include "Sniffer.h"
 
 namespace {
 
-class RecordingConnection : public BaseConnection {
-public:
-    explicit RecordingConnection(std::vector<Bytes>& sent) : sent(sent) {}
-    bool receiveRequest(SnifferRequest&) override { return false; }
-    int sendPacket(u_char* buffer, int length) override {
-        sent.emplace_back(buffer, buffer + length);
-        return length;
-    }
-    void closeConnection() override {}
-
-private:
-    std::vector<Bytes>& sent;
-};
-
 const Bytes listedRtp = udpFrame({"10.0.0.1", 4000}, {"10.0.0.2", 5000}, Bytes(20, 9));
 
+// An engine with no device and no consumer thread: the test consumes.
 class ForwardingTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        sniffer.setEmbedded(true);
-        sniffer.setDevice("");
-        ASSERT_EQ(sniffer.setupSniffing(), 0);
-        dissector()->useConnections(new RecordingConnection(sent), nullptr);
+        link->closeConnection();
+        sniffer->setEmbedded(true);
+        sniffer->setDevice("");
+        ASSERT_EQ(sniffer->setupSniffing(), 0);
         dissector()->addRtp(0x0A000002, 5000);
     }
-    SngDissector* dissector() { return sniffer.getDissector(); }
+    SngDissector* dissector() { return sniffer->getDissector(); }
+    int receive(char* buffer, int size) { return link->receivePacket(buffer, size); }
 
-    Sniffer sniffer;
-    std::vector<Bytes> sent;
+    EmbeddedConnection* link = EmbeddedConnection::dft();
+    std::unique_ptr<Sniffer> sniffer = std::make_unique<Sniffer>();
 };
 
 TEST_F(ForwardingTest, PacketsStillQueuedAtTheEndAreDroppedUnsent) {
     for (int i = 0; i < 3; ++i)
         capture(listedRtp);
-    EXPECT_FALSE(sniffer.allFilesRead());
-    sniffer.stopSniffing();
+    EXPECT_FALSE(sniffer->allFilesRead());
+    sniffer->stopSniffing();
     dissector()->consumePacket();
-    EXPECT_TRUE(sent.empty());
-    EXPECT_TRUE(sniffer.allFilesRead());
+    char buffer[256];
+    EXPECT_EQ(0, receive(buffer, sizeof buffer));
+    EXPECT_TRUE(sniffer->allFilesRead());
+}
+
+TEST_F(ForwardingTest, FramesTheHostDidNotTakeAreDroppedWithTheEngine) {
+    capture(listedRtp);
+    dissector()->consumePacket();
+    ASSERT_TRUE(dissector()->isDrained());
+    sniffer.reset();
+    char buffer[256];
+    EXPECT_EQ(0, receive(buffer, sizeof buffer));
 }
 
 TEST_F(ForwardingTest, HandedOverPacketsAreCopiedAndTheirBuffersTaken) {
@@ -63,10 +61,10 @@ TEST_F(ForwardingTest, HandedOverPacketsAreCopiedAndTheirBuffersTaken) {
     EXPECT_EQ(p.packet, nullptr);
     EXPECT_EQ(p.header, nullptr);
     dissector()->consumePacket();
-    ASSERT_EQ(sent.size(), 1u);
-    EXPECT_EQ(sent[0].size(), 15u + 20u);
-    EXPECT_EQ(sent[0][15], 9);
-    EXPECT_TRUE(sniffer.allFilesRead());
+    char sent[256];
+    ASSERT_EQ(15 + 20, receive(sent, sizeof sent));
+    EXPECT_EQ(sent[15], 9);
+    EXPECT_TRUE(sniffer->allFilesRead());
 }
 
 }  // namespace

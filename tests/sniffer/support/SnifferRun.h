@@ -21,7 +21,6 @@ public:
 
     // Result of setupSniffing(); the consumer runs only when it is 0.
     int setupResult() const { return setup; }
-    Sniffer& sniffer() { return *engine; }
     // stopSniffing() from this thread, then the consumer is joined.
     void stop();
 
