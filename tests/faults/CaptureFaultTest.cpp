@@ -132,7 +132,7 @@ TEST_F(CaptureFault, ACaptureFileOfBrokenFramesForwardsEveryWellFormedFrameAmong
     replay.reset();
 
     PcapFeed feed(dir.file("broken.pcap"));
-    feed.begin(1);
+    feed.begin();
     SnifferProgram sniffer(capturing(feed.device(), ""));
     ASSERT_TRUE(awaitFrame(recorder, sip, "10.0.0.2:5060", 5s)) << sniffer.output();
     ASSERT_TRUE(recorder.apply({command(1, media.ip, media.port)}));

@@ -25,7 +25,7 @@ void expectReplayMatchesTshark(Recorder& recorder, const std::string& capture, c
         GTEST_SKIP() << capture << " is absent: the shared captures are not next to the source tree";
 
     PcapFeed feed(capture);
-    feed.begin(1);
+    feed.begin();
     const std::unique_ptr<SnifferProgram> program = launch(feed.device());
     ASSERT_TRUE(recorder.next(5s)) << program->output();
     std::vector<Bytes> commands;

@@ -89,9 +89,4 @@ TEST(SipCall, EveryMessageAndTheListedRtpOfARealCallAreForwarded) {
     ASSERT_GT(listed.rtp, 100u);
     EXPECT_TRUE(waitUntil([&] { return forwarded(1) == 1 + listed.sip && forwarded(2) == listed.rtp; }, 3s))
         << "SIP " << forwarded(1) - 1 << " of " << listed.sip << ", RTP " << forwarded(2) << " of " << listed.rtp;
-    const std::string mediaLine = "m=audio " + std::to_string(ports.media) + " ";
-    bool announced = false;
-    for (const ForwardedFrame& frame : recorder.received())
-        announced |= std::string(frame.bytes.begin(), frame.bytes.end()).find(mediaLine) != std::string::npos;
-    EXPECT_TRUE(announced) << "the callee's SDP names another media port";
 }

@@ -40,11 +40,11 @@ PcapFeed::~PcapFeed() {
     unlink(pipePath.c_str());
 }
 
-void PcapFeed::begin(std::size_t packets) {
-    writer = std::thread([this, packets] {
+void PcapFeed::begin() {
+    writer = std::thread([this] {
         if (FILE* pipe = openWhenReaderComes(pipePath))
             sink = pcap_dump_fopen(source, pipe);
-        copy(packets);
+        copy(1);
     });
 }
 

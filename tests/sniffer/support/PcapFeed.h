@@ -7,7 +7,7 @@
 #include <thread>
 
 // Plays a capture file into a named pipe that the engine opens as its
-// "file:" device, in two steps: the first packets, then (when the test has
+// "file:" device, in two steps: the first packet, then (when the test has
 // done what it must in between) the rest and the end of the file. The
 // engine reads a file as fast as it can; the pipe holds it back.
 class PcapFeed {
@@ -18,8 +18,8 @@ public:
     PcapFeed& operator=(const PcapFeed&) = delete;
 
     std::string device() const { return "file:" + pipePath; }
-    // Writes the file header and the first `packets` packets once the reader has opened the pipe.
-    void begin(std::size_t packets);
+    // Writes the file header and the first packet once the reader has opened the pipe.
+    void begin();
     // Writes the remaining packets and closes the pipe.
     void finish();
 
