@@ -4,14 +4,39 @@
 // with tshark's reading of the same capture.
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 #include "Bytes.h"
 #include "Frames.h"
+#include "Network.h"
 #include "PcapFeed.h"
 #include "Programs.h"
 #include "Recorder.h"
 #include "Tshark.h"
 
 namespace {
+// A capture file header (Ethernet) with no packet behind it.
+const std::string emptyCapture(
+    "\xD4\xC3\xB2\xA1\x02\x00\x04\x00\x00\x00\x00\x00\x00\x00\x00\x00"
+    "\xFF\xFF\x00\x00\x01\x00\x00\x00",
+    24);
+
+void expectSetupFailure(SnifferProgram& program) {
+    const std::optional<int> status = program.wait(10s);
+    ASSERT_TRUE(status) << "still running";
+    EXPECT_NE(0, *status);
+    const std::string text = program.output();
+    EXPECT_NE(std::string::npos, text.find("Couldn't parse filter udp and and:")) << text;
+    EXPECT_NE(std::string::npos, text.find("Errors in setup, terminating...\n"));
+}
+
+void expectCleanStop(SnifferProgram& program, int signal) {
+    ASSERT_TRUE(program.waitForLog("PCAP thread created 0")) << program.output();
+    program.signal(signal);
+    EXPECT_EQ(0, program.wait(5s)) << "did not stop on signal " << signal;
+    EXPECT_NE(std::string::npos, program.output().find("Sniffing ended.")) << program.output();
+}
+
 // Replays `capture` through a program started by `launch` (given the device
 // name): the first packet, which is SIP, brings the link up; then the
 // recorder lists `rtp`; then the rest of the file follows. Compares the
@@ -57,6 +82,30 @@ void expectReplayMatchesTshark(Recorder& recorder, const std::string& capture, c
     EXPECT_EQ(rtpCount, forwarded(2).size());
 }
 }  // namespace
+
+TEST(Programs, FilterThatDoesNotCompileIsReportedOnStandardError) {
+    const TempDir dir;
+    dir.write("empty.pcap", emptyCapture);
+    const std::string device = "file:" + dir.file("empty.pcap");
+    SnifferProgram udpsniffer(
+        CommandLine{{UDPSNIFFER_PROGRAM, "-d", device, "-f", "udp and and", "-h", "127.0.0.1", "-p", "9"}});
+    expectSetupFailure(udpsniffer);
+    SnifferProgram sniffer({"Device=" + device, "Filter=udp and and"});
+    expectSetupFailure(sniffer);
+}
+
+TEST(Programs, StopCleanlyOnSigtermOrSigint) {
+    if (!runningAsRoot())
+        GTEST_SKIP() << "live capture needs root";
+    TcpRecorder recorder;
+    const UdpSocket target;
+    const std::string filter = "udp and dst port " + std::to_string(target.port());
+    const std::string port = std::to_string(recorder.port());
+    SnifferProgram udpsniffer(CommandLine{{UDPSNIFFER_PROGRAM, "-d", "lo", "-f", filter, "-h", "127.0.0.1", "-p", port}});
+    expectCleanStop(udpsniffer, SIGTERM);
+    SnifferProgram sniffer({"Device=lo", "Filter=" + filter, "ServerName=127.0.0.1", "ServerPort=" + port});
+    expectCleanStop(sniffer, SIGINT);
+}
 
 TEST(Replay, SnifferForwardsEverySipMessageAndTheListedRtpOverUdp) {
     UdpRecorder recorder;
