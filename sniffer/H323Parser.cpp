@@ -320,22 +320,23 @@ std::string H323Parser::codecText(Value audioCapability) {
     return audioCapability.tagName() + " " + std::to_string(number);
 }
 
-void H323Parser::getForwardLogicalChannelParams(Value flcParams, std::string& upStreamPayload) {
-    const Value dataType = flcParams["dataType"];
+// Both directions of a channel carry a data type and multiplex parameters;
+// only the key of the codec line tells them apart.
+void H323Parser::getLogicalChannelParams(Value lcParams, const char* codecKey, std::string& upStreamPayload) {
+    const Value dataType = lcParams["dataType"];
     if (dataType.is("audioData"))
-        upStreamPayload += "fcodec:" + codecText(dataType.chosen()) + ",";
-    const Value multiplex = flcParams["multiplexParameters"];
+        upStreamPayload += codecKey + codecText(dataType.chosen()) + ",";
+    const Value multiplex = lcParams["multiplexParameters"];
     if (multiplex.is("h2250LogicalChannelParameters"))
         getH2250LogicalChannelParams(multiplex.chosen(), upStreamPayload);
 }
 
+void H323Parser::getForwardLogicalChannelParams(Value flcParams, std::string& upStreamPayload) {
+    getLogicalChannelParams(flcParams, "fcodec:", upStreamPayload);
+}
+
 void H323Parser::getReverseLogicalChannelParams(Value rlcParams, std::string& upStreamPayload) {
-    const Value dataType = rlcParams["dataType"];
-    if (dataType.is("audioData"))
-        upStreamPayload += "rcodec:" + codecText(dataType.chosen()) + ",";
-    const Value multiplex = rlcParams["multiplexParameters"];
-    if (multiplex.is("h2250LogicalChannelParameters"))
-        getH2250LogicalChannelParams(multiplex.chosen(), upStreamPayload);
+    getLogicalChannelParams(rlcParams, "rcodec:", upStreamPayload);
 }
 
 void H323Parser::getH2250LogicalChannelParams(Value h225LCParams, std::string& upStreamPayload) {

@@ -112,6 +112,7 @@ private:
     void appendMediaAddress(h323::per::Value address, const char* prefix, const char* name,
                             std::string& upStreamPayload);
     std::string codecText(h323::per::Value audioCapability);
+    void getLogicalChannelParams(h323::per::Value lcParams, const char* codecKey, std::string& upStreamPayload);
     bool findCall(const h245Addr& tx, const h245Addr& rx, std::string& callReference);
 
     std::map<h245Addr, std::string, h245comp> h245Map;
