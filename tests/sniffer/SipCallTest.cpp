@@ -38,14 +38,16 @@ CallCounts placeCall(const Ports& p, const std::string& filter) {
                          dir.file("tcpdump.log"));
     EXPECT_TRUE(waitForText(dir.file("tcpdump.log"), "listening on lo", 5s)) << readFile(dir.file("tcpdump.log"));
     ChildProcess callee({onPath("sipp"), "-sn", "uas", "-i", "127.0.0.1", "-p", std::to_string(p.callee), "-mp",
-                         std::to_string(p.media), "-m", "1", "-nostdin", "-timeout", "30s"});
+                         std::to_string(p.media), "-m", "1", "-nostdin", "-timeout", "30s"},
+                        dir.file("callee.log"));
     std::this_thread::sleep_for(300ms);
     ChildProcess caller(
         {onPath("sipp"), "127.0.0.1:" + std::to_string(p.callee), "-sf", SIPP_CALLER_SCENARIO, "-i", "127.0.0.1", "-p",
          std::to_string(p.caller), "-mp", std::to_string(p.callerMedia), "-m", "1", "-nostdin", "-timeout", "30s"},
         dir.file("caller.log"));
     // The caller ends after the answer to its BYE: the call is over.
-    EXPECT_TRUE(caller.waitFor(40s) && caller.exitStatus() == 0) << readFile(dir.file("caller.log"));
+    EXPECT_TRUE(caller.waitFor(40s) && caller.exitStatus() == 0)
+        << readFile(dir.file("caller.log")) << "callee:\n" << readFile(dir.file("callee.log"));
     std::this_thread::sleep_for(1500ms);  // libpcap hands packets over within a second
     tcpdump.signal(SIGINT);
     tcpdump.waitFor(5s);
