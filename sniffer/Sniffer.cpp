@@ -8,6 +8,7 @@
 
 #include <log4cxx/propertyconfigurator.h>
 
+#include "Config.h"
 #include "SngDissector.h"
 #include "SnifferConfig.h"
 #include "StringTokenizer.h"
@@ -36,6 +37,12 @@ const char* const usageText =
 
 // SIGUSR1 only has to interrupt a capture read blocked in the kernel.
 void signalHandler(int) {}
+
+// In file mode a key the file leaves empty may come from the environment.
+std::string fileThenEnvironment(const std::string& key) {
+    const std::string value = Config::dft()->getProperty(key);
+    return value.empty() ? EngineOptions::fromEnvironment(key) : value;
+}
 }  // namespace
 
 Sniffer::Sniffer()
@@ -139,7 +146,7 @@ int Sniffer::configure(int argc, char** argv) {
         deviceList = device[0].c_str();
     }
     const std::string devices = deviceList;
-    if (setDevice(devices.c_str()) != 0)
+    if (setDevice(devices.c_str()) != 0 || !loadOptions(EngineOptions::fromEnvironment))
         return 1;
     promiscuous = 1;
     count = -1;
@@ -178,7 +185,7 @@ int Sniffer::configureFromFile(int argc, char** argv) {
     log4cxx::PropertyConfigurator::configure(logCfgFileName);
     snifferConfig = new SnifferConfig(cfgFileName);
 
-    if (setDevice(snifferConfig->getDevice()) != 0)
+    if (setDevice(snifferConfig->getDevice()) != 0 || !loadOptions(fileThenEnvironment))
         return 1;
     serverNameMedia = snifferConfig->getServerName();
     serverPortMedia = snifferConfig->getServerPort();
@@ -234,7 +241,7 @@ pcap_t* Sniffer::getHandle(int i) {
     if (isReplayFile(name))
         handle[i] = pcap_open_offline(name.c_str() + std::strlen(filePrefix), errbuf);
     else
-        handle[i] = pcap_open_live(name.c_str(), snapLength, promiscuous, readTimeoutMs, errbuf);
+        handle[i] = pcap_open_live(name.c_str(), snapLength, promiscuous, options.captureTimeoutMs, errbuf);
     if (handle[i])
         LOG4CXX_INFO(logger, "Device: " << name << " opened");
     else
@@ -259,6 +266,9 @@ bool Sniffer::compileAndInstallFilter(int i) {
 
 int Sniffer::setupSniffing() {
     displayConfig();
+    const std::string changed = options.describeChanges();
+    if (!changed.empty())
+        LOG4CXX_INFO(logger, "Opt-in settings: " << changed);
     endMain = false;
     for (int i = 0; i < deviceCount; ++i) {
         if (!getHandle(i)) {

@@ -9,6 +9,8 @@
 
 #include <log4cxx/logger.h>
 
+#include "EngineOptions.h"
+
 class SngDissector;
 class SnifferConfig;
 
@@ -28,6 +30,7 @@ public:
     static constexpr int snapLength = 8192;
     // libpcap's largest snapshot: no link carries a longer frame.
     static constexpr bpf_u_int32 maxWireLength = 262144;
+    // The classic read time-out; the CaptureTimeout key shortens it.
     static constexpr int readTimeoutMs = 1000;
     static constexpr const char* filePrefix = "file:";
 
@@ -81,6 +84,9 @@ public:
     const char* getRunAsUser() const { return runAsUser; }
     static bool getEndMain() { return endMain.load(std::memory_order_acquire); }
     SngDissector* getDissector() const { return dissector; }
+    const EngineOptions& getOptions() const { return options; }
+    // Reads the opt-in settings (see EngineOptions); false on a bad value.
+    bool loadOptions(const EngineOptions::Lookup& lookup) { return options.load(lookup); }
 
 private:
     static bool isReplayFile(const std::string& name);
@@ -108,6 +114,7 @@ private:
     const char* runAsUser = "";
     bool embedded = false;
     bool traceSignalling = false;
+    EngineOptions options;
     std::string Transport;
     std::string ProtocolList;
     std::string PortList;

@@ -142,7 +142,9 @@ void sniff(const HostSettings& settings) {
     sniffer->setFilter(settings.filter.c_str());
     sniffer->setTraceSignalling(settings.traceSignalling);
     sniffer->setEmbedded(true);
-    if (sniffer->setDevice(settings.devices.c_str()) != 0 || sniffer->setupSniffing() != 0) {
+    // The host's fields are fixed; the opt-in settings come from the environment.
+    if (sniffer->setDevice(settings.devices.c_str()) != 0 || !sniffer->loadOptions(EngineOptions::fromEnvironment) ||
+        sniffer->setupSniffing() != 0) {
         std::cerr << "Errors in setup, terminating..." << std::endl;
         return;
     }
