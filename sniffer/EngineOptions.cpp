@@ -72,6 +72,7 @@ void reportInvalid(const char* key, const std::string& value, const std::string&
 bool EngineOptions::load(const Lookup& lookup) {
     for (const ChoiceKey& key : choiceKeys) {
         const std::string value = lookup(key.name);
+        keysGiven |= !value.empty();
         if (!value.empty() && !key.parse(value, *this)) {
             reportInvalid(key.name, value, "one of the documented words");
             return false;
@@ -79,6 +80,7 @@ bool EngineOptions::load(const Lookup& lookup) {
     }
     for (const NumberKey& key : numberKeys) {
         const std::string value = lookup(key.name);
+        keysGiven |= !value.empty();
         if (!value.empty() && !parseNumber(value, key.min, key.max, this->*key.field)) {
             reportInvalid(key.name, value, "a whole number from " + std::to_string(key.min) + " to " +
                                                std::to_string(key.max));

@@ -39,12 +39,18 @@ public:
     static std::string fromEnvironment(const std::string& key);
 
     bool reliable() const { return linkMode == LinkMode::Reliable; }
+    // True when any key was given, even at its default value: the counters
+    // are logged only then, so that a classic run logs what it always did.
+    bool anyKeyGiven() const { return keysGiven; }
     std::size_t queueLimitBytes() const { return std::size_t(queueLimitMiB) << 20; }
     std::size_t preRollLimitBytes() const { return std::size_t(preRollLimitMiB) << 20; }
 
     // "Key=value" for every key not at its default, comma-separated; empty
     // when all are at their defaults.
     std::string describeChanges() const;
+
+private:
+    bool keysGiven = false;
 };
 
 #endif

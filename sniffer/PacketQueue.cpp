@@ -19,7 +19,12 @@ void PacketQueue::push(const pcap_pkthdr& header, const u_char* packet) {
     bool wakeConsumer;
     {
         std::lock_guard<std::mutex> guard(queueLock);
-        u_char* at = reserve(recordBytes(header.len));
+        const std::size_t bytes = recordBytes(header.len);
+        if (overLimit(bytes)) {
+            ++limitDrops;
+            return;
+        }
+        u_char* at = reserve(bytes);
         new (at) pcap_pkthdr(header);
         std::memcpy(at + headerBytes, packet, copied);
         std::memset(at + headerBytes + copied, 0, header.len - copied + framePadding);
@@ -50,6 +55,24 @@ u_char* PacketQueue::reserve(std::size_t bytes) {
     u_char* at = tail.bytes.get() + tail.used;
     tail.used += bytes;
     return at;
+}
+
+// Counted in chunks, the queue's unit of memory, waiting for the consumer.
+// The batch it walks was such a wait before, so the queue holds at most
+// twice the limit.
+bool PacketQueue::overLimit(std::size_t bytes) const {
+    return limitChunks != 0 && pendingChunks.size() >= limitChunks &&
+           pendingChunks.back().capacity - pendingChunks.back().used < bytes;
+}
+
+void PacketQueue::setLimit(std::size_t bytes) {
+    std::lock_guard<std::mutex> guard(queueLock);
+    limitChunks = bytes == 0 ? 0 : std::max<std::size_t>(1, bytes / chunkSize);
+}
+
+uint64_t PacketQueue::droppedAtLimit() const {
+    std::lock_guard<std::mutex> guard(queueLock);
+    return limitDrops;
 }
 
 void PacketQueue::Unmap::operator()(u_char* bytes) const {

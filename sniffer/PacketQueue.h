@@ -38,8 +38,15 @@ public:
     PacketQueue(const PacketQueue&) = delete;
     PacketQueue& operator=(const PacketQueue&) = delete;
 
-    // Any capture thread: appends a copy of the frame.
+    // Any capture thread: appends a copy of the frame, or drops it when a
+    // limit is set and the frames waiting already fill it.
     void push(const pcap_pkthdr& header, const u_char* packet);
+
+    // Bounds the memory of waiting frames (0: unbounded, the default): past
+    // it the capture side drops frames instead of the link being dropped.
+    void setLimit(std::size_t bytes);
+    // Frames dropped at the limit since the queue was made.
+    uint64_t droppedAtLimit() const;
 
     // The consumer: the oldest frame, waiting while there is none and
     // `ended()` is false. False once `ended()` is true; what is still queued
@@ -94,6 +101,7 @@ private:
     static constexpr std::size_t batchTarget = 64;
 
     u_char* reserve(std::size_t bytes);
+    bool overLimit(std::size_t bytes) const;
     // Moves `chunks` to the spares; those beyond the limit go to `released`,
     // to be freed once the lock is let go.
     void recycle(std::vector<Chunk>& chunks, std::vector<Chunk>& released);
@@ -109,6 +117,8 @@ private:
     std::size_t spareLowWater = 0;  // fewest spares since the last trim
     std::size_t chunksFilled = 0;   // since the last trim
     uint64_t pushCount = 0;
+    uint64_t limitDrops = 0;
+    std::size_t limitChunks = 0;  // 0: no limit
     bool consumerAsleep = false;
     // Frames in pendingChunks, readable without the lock while the consumer
     // spins; on a line of its own so that the spinning does not pull the

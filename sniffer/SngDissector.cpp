@@ -4,12 +4,14 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <poll.h>
 #include <sstream>
 #include <time.h>
 
 #include "AddressText.h"
 #include "EmbeddedConnection.h"
 #include "H323Parser.h"
+#include "ReliableConnection.h"
 #include "SipHelper.h"
 #include "Sniffer.h"
 #include "TcpConnection.h"
@@ -53,9 +55,21 @@ SngDissector::~SngDissector() {
     clearQueue();
     delete sipHelper;
     delete h323Parser;
+    delete preRoll;
     SngDissector* self = this;
     if (dissector.compare_exchange_strong(self, nullptr))
         cmdThreadStarted = false;
+}
+
+void SngDissector::useOptions(const EngineOptions& engineOptions) {
+    options = engineOptions;
+    if (options.reliable())
+        packetQueue.setLimit(options.queueLimitBytes());
+    delete preRoll;
+    preRoll = nullptr;
+    if (options.rtpPreRollMs > 0)
+        preRoll = new PreRollBuffer(std::chrono::milliseconds(options.rtpPreRollMs), options.preRollLimitBytes(), stats);
+    settleFirst = options.reliable() || preRoll;
 }
 
 void SngDissector::setTraceSignalling(bool trace) {
@@ -94,6 +108,8 @@ void SngDissector::clearQueue() {
 
 void SngDissector::signalEnd() {
     terminate = true;
+    if (reliableLink)
+        reliableLink->wakeReader();
     h323Parser->displayCallIdMap();
     packetQueue.wake();
 }
@@ -105,6 +121,8 @@ bool SngDissector::isDrained() const {
 // ---------------------------------------------------------------- classification
 
 void SngDissector::processPacket(u_char* /*args*/, const pcap_pkthdr* header, u_char** packet) {
+    if (settleFirst)
+        settleCommands();
     const u_char* frame = *packet;
     const int frameLength = static_cast<int>(header->len);
 
@@ -156,8 +174,11 @@ void SngDissector::processUdp(const u_char* packet, const pcap_pkthdr* header, i
     ohdr.dstPort = ntohs(udp->uh_dport);
 
     const u_char* payload = packet + size_header + udpHeaderLength;
-    if (!isSip(payload) && !isRtpFilter())
+    if (!isSip(payload) && !isRtpFilter()) {
+        if (preRoll)
+            holdForPreRoll(payload, frameLength - size_header - udpHeaderLength);
         return;
+    }
     ohdr.protocol = static_cast<u_char>(payloadType.load(std::memory_order_relaxed));
 
     // The wire length is used, not the UDP length field: Ethernet padding
@@ -205,6 +226,37 @@ bool SngDissector::isRtpFilter() {
     return false;
 }
 
+// A command whose bytes have arrived is applied before the next packet is
+// classified, and datagrams held for a destination just listed go out
+// before any later one to it.
+void SngDissector::settleCommands() {
+    while (commandsArriving.load(std::memory_order_acquire))
+        __builtin_ia32_pause();
+    if (preRoll && preRoll->hasReleases())
+        preRoll->forwardReleased([this](const PreRollBuffer::Datagram& datagram) { forwardHeld(datagram); });
+}
+
+void SngDissector::holdForPreRoll(const u_char* payload, int length) {
+    if (length <= 0 || length + ourHeaderLength > maxFrameLength)
+        return;
+    preRoll->hold({ohdr.dstIp, ohdr.dstPort, ohdr.srcIp, ohdr.srcPort, std::vector<u_char>(payload, payload + length)});
+}
+
+// Framed exactly as a listed datagram would have been when it was captured.
+void SngDissector::forwardHeld(const PreRollBuffer::Datagram& datagram) {
+    const int length = static_cast<int>(datagram.payload.size()) + ourHeaderLength;
+    heldFrame.resize(length);
+    std::memcpy(heldFrame.data() + ourHeaderLength, datagram.payload.data(), datagram.payload.size());
+    ohdr.dstIp = datagram.dstIp;
+    ohdr.dstPort = datagram.dstPort;
+    ohdr.srcIp = datagram.srcIp;
+    ohdr.srcPort = datagram.srcPort;
+    ohdr.protocol = RTP;
+    ohdr.len = htons(static_cast<uint16_t>(length));
+    payloadType.store(RTP, std::memory_order_relaxed);
+    buildPayload(heldFrame.data(), length, true, nullptr);
+}
+
 // ---------------------------------------------------------------- RTP list
 
 void SngDissector::addRtp(u_int rtpIp, u_short rtpPort) {
@@ -212,6 +264,8 @@ void SngDissector::addRtp(u_int rtpIp, u_short rtpPort) {
         std::lock_guard<std::mutex> guard(rtpListLock);
         rtpList.add(RtpAddr(rtpIp, rtpPort));
     }
+    if (preRoll)
+        preRoll->release(rtpIp, rtpPort);
     logRtpChange("Added to list rtp (ip=0x", rtpIp, rtpPort);
 }
 
@@ -282,16 +336,20 @@ void SngDissector::buildPayload(u_char* payload, int payloadLen, bool isUdp, u_c
 
 void SngDissector::sendPayload(u_char* payload, int len) {
     const int type = payloadType.load(std::memory_order_relaxed);
+    BaseConnection* link = nullptr;
     if (type == RTP)
-        conMedia->sendPacket(payload, len);
+        link = conMedia;
     else if (conSig && type == SIP)
-        conSig->sendPacket(payload, len);
+        link = conSig;
     else if (type == SIP || type == H323)
-        conMedia->sendPacket(payload, len);
+        link = conMedia;
     else if (payload[2] == HEARTBEAT)
-        conMedia->sendPacket(payload, len);
-    else
+        link = conMedia;
+    if (!link) {
         LOG4CXX_WARN(logger, "PAYLOAD NOT SENT");
+        return;
+    }
+    stats.countForwarded(payload[2], link->sendPacket(payload, len));
 }
 
 void SngDissector::printFormatHeader(const u_char* ptr) {
@@ -331,6 +389,13 @@ void SngDissector::makeConnection(bool embedded) {
     }
     if (std::strlen(protocol) < 3 || SipHelper::memcmpNocase(protocol, "TCP", 3) != 0)
         LOG4CXX_ERROR(logger, "Invalid ServerProtocol assuming TCP");
+    if (options.reliable()) {
+        reliableLink = new ReliableConnection(serverNameMedia, serverPortMedia, options, stats);
+        conMedia = reliableLink;
+        LOG4CXX_INFO(logger, "Reliable TCP connection created");
+        conSig = shared ? nullptr : new ReliableConnection(serverNameSig, serverPortSig, options, stats);
+        return;
+    }
     auto* media = new TcpConnection(serverNameMedia, serverPortMedia);
     conMedia = media;
     LOG4CXX_INFO(logger, "TCP connection created");
@@ -350,6 +415,7 @@ void SngDissector::makeConnection(bool embedded) {
 
 void SngDissector::useConnections(BaseConnection* media, BaseConnection* sig) {
     releaseConnections();
+    reliableLink = dynamic_cast<ReliableConnection*>(media);
     conMedia = media;
     conSig = sig;
 }
@@ -367,6 +433,7 @@ void SngDissector::releaseConnections() {
     }
     conMedia = nullptr;
     conSig = nullptr;
+    reliableLink = nullptr;
 }
 
 void SngDissector::closeConnection() {
@@ -389,16 +456,38 @@ void SngDissector::startCmdReaderThread() {
 }
 
 void* SngDissector::startCmdReaderLoop(void* /*arg*/) {
-    // The link is non-blocking: this loop polls it almost continuously so
-    // that a command takes effect on the very next packets.
+    // The classic link is polled almost continuously so that a command takes
+    // effect on the very next packets; the reliable one sleeps until bytes
+    // arrive and holds the consumer while it applies them.
     const timespec pause{0, 200};
     while (SngDissector* self = dft()) {
         if (self->terminate)
             break;
-        self->checkCommand();
-        nanosleep(&pause, nullptr);
+        if (!self->options.reliable()) {
+            self->checkCommand();
+            nanosleep(&pause, nullptr);
+        } else if (self->awaitCommand()) {
+            self->commandsArriving.store(true, std::memory_order_release);
+            self->checkCommand();
+            self->commandsArriving.store(false, std::memory_order_release);
+        }
     }
     return nullptr;
+}
+
+// Sleeps until the media link may have a command; wakes at least every
+// `commandWaitMs` to look at the end flag.
+bool SngDissector::awaitCommand() {
+    constexpr int commandWaitMs = 200;
+    if (reliableLink)
+        return reliableLink->awaitCommands(commandWaitMs);
+    if (auto* udp = dynamic_cast<UdpConnection*>(conMedia)) {
+        pollfd readable{udp->getClientSd(), POLLIN, 0};
+        return poll(&readable, 1, commandWaitMs) > 0;
+    }
+    const timespec pause{0, commandWaitMs * 1000 * 1000};
+    nanosleep(&pause, nullptr);
+    return true;
 }
 
 void SngDissector::checkCommand() {

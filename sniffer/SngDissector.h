@@ -7,16 +7,21 @@
 #include <pcap.h>
 #include <pthread.h>
 #include <string>
+#include <vector>
 
 #include <log4cxx/logger.h>
 
+#include "EngineOptions.h"
+#include "EngineStats.h"
 #include "PacketQueue.h"
+#include "PreRollBuffer.h"
 #include "RtpList.h"
 
 class Sniffer;
 class SipHelper;
 class H323Parser;
 class BaseConnection;
+class ReliableConnection;
 
 // A captured frame handed over by a caller that made its own copies: the
 // capture header and `packet`, as long as the header's `len`.
@@ -125,6 +130,13 @@ public:
     void sendPayload(u_char* payload, int len);
     void printFormatHeader(const u_char* ptr);
 
+    // Takes the engine's opt-in settings; before makeConnection.
+    void useOptions(const EngineOptions& options);
+    EngineStats& getStats() { return stats; }
+    // Frames waiting in the queue and dropped at its limit.
+    uint64_t getQueuedCount() const { return packetQueue.pushed(); }
+    uint64_t getQueueDropCount() const { return packetQueue.droppedAtLimit(); }
+
     // Recorder link and commands.
     void makeConnection(bool embedded);
     // Puts links of the caller's own in place of those makeConnection made
@@ -154,6 +166,11 @@ public:
     H323Parser* getH323Parser() { return h323Parser; }
 
 private:
+    BaseConnection* makeTcpConnection(const char* host, int port);
+    bool awaitCommand();
+    void settleCommands();
+    void holdForPreRoll(const u_char* payload, int length);
+    void forwardHeld(const PreRollBuffer::Datagram& datagram);
     static bool sameRecorder(const char* hostA, int portA, const char* hostB, int portB);
     void releaseConnections();
     void logRtpChange(const char* heading, u_int rtpIp, u_short rtpPort);
@@ -181,6 +198,18 @@ private:
 
     PacketQueue packetQueue;
     std::atomic<uint64_t> processed{0};  // packets taken and finished (or dumped)
+
+    EngineOptions options;
+    EngineStats stats;
+    // The reliable media link, when there is one (also conMedia).
+    ReliableConnection* reliableLink = nullptr;
+    // Set by the reliable command reader from the moment command bytes are
+    // readable until it has applied them: the consumer waits for it before it
+    // classifies the next packet, so a command is in force for that packet.
+    std::atomic<bool> commandsArriving{false};
+    PreRollBuffer* preRoll = nullptr;
+    bool settleFirst = false;  // reliable commands or a pre-roll: settleCommands() before each packet
+    std::vector<u_char> heldFrame;  // the consumer's scratch for a held datagram
 
     static std::atomic<SngDissector*> dissector;
     static pthread_t cmdThread;

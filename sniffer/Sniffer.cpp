@@ -61,6 +61,7 @@ Sniffer::Sniffer()
 }
 
 Sniffer::~Sniffer() {
+    statsReporter.reset();  // it reads the dissector
     delete snifferConfig;
     // A dissector made later in the process replaces (and destroys) this one.
     if (dissector == SngDissector::dft())
@@ -290,6 +291,7 @@ int Sniffer::setupSniffing() {
     for (int i = 0; i < deviceCount; ++i)
         capturesRunning += deviceDown[i] ? 0 : 1;
     dissector->setSniffer(this);
+    dissector->useOptions(options);
     dissector->setServerNameMedia(serverNameMedia);
     dissector->setServerPortMedia(serverPortMedia);
     dissector->setServerNameSig(serverNameSig);
@@ -326,6 +328,13 @@ void Sniffer::startCaptureThreads() {
 
 void Sniffer::startSniffing() {
     LOG4CXX_INFO(logger, "Sniffing started.");
+    {
+        std::lock_guard<std::mutex> guard(runLock);
+        if (!endMain && options.anyKeyGiven()) {
+            statsReporter = std::make_unique<StatsReporter>([this] { return describeStats(); }, options.statsIntervalS);
+            statsReporter->start();
+        }
+    }
     startCaptureThreads();
     while (!getEndMain())
         dissector->consumePacket();
@@ -375,6 +384,27 @@ void Sniffer::stopSniffing() {
         const int status = pthread_join(*cmdThread, nullptr);
         LOG4CXX_INFO(logger, "Completed join with Command reader thread, status=" << status);
     }
+    std::lock_guard<std::mutex> guard(runLock);
+    if (statsReporter)
+        statsReporter->stop();
+}
+
+std::string Sniffer::describeStats() const {
+    std::ostringstream line;
+    for (int i = 0; i < deviceCount; ++i) {
+        pcap_stat counts{};
+        if (getCaptureStats(i, counts))
+            line << "device " << device[i] << " captured=" << counts.ps_recv << " dropped=" << counts.ps_drop << "; ";
+    }
+    EngineStats& s = dissector->getStats();
+    auto n = [](const EngineStats::Counter& counter) { return EngineStats::read(counter); };
+    line << "queued=" << dissector->getQueuedCount() << " queueDropped=" << dissector->getQueueDropCount()
+         << "; preRoll held=" << n(s.preRollHeld) << " forwarded=" << n(s.preRollForwarded)
+         << " dropped=" << n(s.preRollDropped) << "; forwarded sip=" << n(s.forwardedSip)
+         << " rtp=" << n(s.forwardedRtp) << " h323=" << n(s.forwardedH323) << " heartbeat=" << n(s.forwardedHeartbeat)
+         << " bytes=" << n(s.bytesSent) << "; link losses=" << n(s.linkLosses) << " reconnects=" << n(s.reconnects)
+         << " droppedLinkDown=" << n(s.droppedLinkDown);
+    return line.str();
 }
 
 bool Sniffer::capturesFilesOnly() const {

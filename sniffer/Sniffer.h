@@ -2,6 +2,7 @@
 #define SNIFFER_SNIFFER_H
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 #include <pcap.h>
 #include <pthread.h>
@@ -10,6 +11,7 @@
 #include <log4cxx/logger.h>
 
 #include "EngineOptions.h"
+#include "StatsReporter.h"
 
 class SngDissector;
 class SnifferConfig;
@@ -90,6 +92,8 @@ public:
 
 private:
     static bool isReplayFile(const std::string& name);
+    // The counters of the run as one line (see README, "Counters").
+    std::string describeStats() const;
     bool compileAndInstallFilter(int i);
     void startCaptureThreads();
 
@@ -120,6 +124,7 @@ private:
     std::string PortList;
     // Orders the start of the capture threads against a concurrent stop.
     std::mutex runLock;
+    std::unique_ptr<StatsReporter> statsReporter;
 
     static pcap_t* handle[maxDevices];
     static pthread_t thread[maxDevices];

@@ -123,6 +123,10 @@ void TcpRecorder::stop() {
     listener = -1;
 }
 
+void TcpRecorder::dropConnection() {
+    shutdown(connection, SHUT_RDWR);  // the reader sees the end and closes it
+}
+
 void TcpRecorder::send(const Bytes& data) {
     ::send(connection, data.data(), data.size(), MSG_NOSIGNAL);
 }

@@ -80,6 +80,9 @@ public:
     void stop();
     // Listens again on the same port.
     void start();
+    // Ends the current connection and goes on listening, as a recorder that
+    // restarts its session.
+    void dropConnection();
     bool connected() const { return connection >= 0; }
     int connections() const { return acceptedCount; }
 

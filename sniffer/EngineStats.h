@@ -1,0 +1,31 @@
+#ifndef SNIFFER_ENGINE_STATS_H
+#define SNIFFER_ENGINE_STATS_H
+
+#include <atomic>
+#include <cstdint>
+
+// Counters of the forwarding path, shared by the threads that count and read
+// by the stats line. Relaxed: each is a tally, none orders anything.
+struct EngineStats {
+    using Counter = std::atomic<uint64_t>;
+
+    Counter forwardedSip{0};
+    Counter forwardedRtp{0};
+    Counter forwardedHeartbeat{0};
+    Counter forwardedH323{0};
+    Counter bytesSent{0};
+    Counter linkLosses{0};
+    Counter reconnects{0};
+    Counter droppedLinkDown{0};  // frames the reliable link could not take while the recorder was away
+    Counter preRollHeld{0};
+    Counter preRollForwarded{0};
+    Counter preRollDropped{0};  // past the pre-roll's memory limit
+
+    static void add(Counter& counter, uint64_t n = 1) { counter.fetch_add(n, std::memory_order_relaxed); }
+    static uint64_t read(const Counter& counter) { return counter.load(std::memory_order_relaxed); }
+    // Counts one forwarded frame of `protocol` (the frame header's byte 2)
+    // whose send reported `sent` bytes.
+    void countForwarded(int protocol, int sent);
+};
+
+#endif
