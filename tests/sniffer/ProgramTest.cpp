@@ -83,7 +83,7 @@ void expectReplayMatchesTshark(Recorder& recorder, const std::string& capture, c
 }
 }  // namespace
 
-TEST(Programs, FilterThatDoesNotCompileIsReportedOnStandardError) {
+TEST(Programs, FilterThatDoesNotCompileOrAKeyOutOfRangeIsReportedOnStandardError) {
     const TempDir dir;
     dir.write("empty.pcap", emptyCapture);
     const std::string device = "file:" + dir.file("empty.pcap");
@@ -92,6 +92,13 @@ TEST(Programs, FilterThatDoesNotCompileIsReportedOnStandardError) {
     expectSetupFailure(udpsniffer);
     SnifferProgram sniffer({"Device=" + device, "Filter=udp and and"});
     expectSetupFailure(sniffer);
+
+    SnifferProgram outOfRange({"Device=" + device, "Filter=udp", "CaptureTimeout=0"});
+    ASSERT_TRUE(outOfRange.wait(10s));
+    EXPECT_NE(std::string::npos,
+              outOfRange.output().find("Invalid value of CaptureTimeout: \"0\", expected a whole number from 1 to 1000"))
+        << outOfRange.output();
+    EXPECT_NE(std::string::npos, outOfRange.output().find("Errors in setup, terminating...\n"));
 }
 
 TEST(Programs, StopCleanlyOnSigtermOrSigint) {
