@@ -73,8 +73,10 @@ void TcpConnection::tcpConnect() {
 }
 
 void TcpConnection::forgetForwardingState() {
-    if (SngDissector* dissector = SngDissector::dft())
+    if (SngDissector* dissector = SngDissector::dft()) {
         dissector->removeAllRtp();
+        EngineStats::add(dissector->getStats().linkLosses);
+    }
 }
 
 int TcpConnection::sendPacket(u_char* frame, int length) {
@@ -96,6 +98,8 @@ int TcpConnection::sendPacket(u_char* frame, int length) {
         }
         LOG4CXX_INFO(logger, "Connected to recorder " << serverHost << ":" << serverPort);
         connectRetries = 0;
+        if (SngDissector* dissector = SngDissector::dft(); dissector && linkCount > 1)
+            EngineStats::add(dissector->getStats().reconnects);
     }
     int sent = 0;
     int stop = 0;
@@ -192,7 +196,7 @@ bool TcpConnection::receiveRequest(SnifferRequest& request) {
     }
     if (n < 1 && total < 1) {
         if (n == 0)
-            closeConnection();
+            closeOnRecorderEnd();
         return false;
     }
     if (n == 0 && total < SnifferRequest::wireLength) {
@@ -200,7 +204,7 @@ bool TcpConnection::receiveRequest(SnifferRequest& request) {
         // reporting the partial record as pending would keep the reader
         // repeating the previous command for ever.
         discardRing();
-        closeConnection();
+        closeOnRecorderEnd();
         return false;
     }
     if (n > 0) {
@@ -217,6 +221,12 @@ bool TcpConnection::receiveRequest(SnifferRequest& request) {
     if (n > 0)
         offset = newOffset;
     return true;
+}
+
+void TcpConnection::closeOnRecorderEnd() {
+    closeConnection();
+    if (SngDissector* dissector = SngDissector::dft())
+        EngineStats::add(dissector->getStats().linkLosses);
 }
 
 void TcpConnection::appendToRing(int n) {

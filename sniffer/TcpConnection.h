@@ -36,6 +36,7 @@ public:
 private:
     void closeLocked();
     void forgetForwardingState();
+    void closeOnRecorderEnd();
     void appendToRing(int n);
     void discardRing();
     void decodeRequest(SnifferRequest& request);

@@ -170,7 +170,7 @@ private:
     double due = 0;
 };
 
-enum class Kind { Rtp, Sip, UdpNoise, TcpNoise, H323 };
+enum class Kind { Rtp, Sip, UdpNoise, TcpNoise, H323, Setup };
 struct Event {
     long micros;
     Kind kind;
@@ -253,6 +253,9 @@ void writeEvent(FrameWriter& out, const Event& e, long tick, Lcg& random) {
                 static_cast<uint16_t>(11000 + r % 20000), r, message.data(), message.size());
         break;
     }
+    case Kind::Setup:
+        writeCallSetup(out, e.index, e.micros);
+        break;
     case Kind::TcpNoise: {
         const uint32_t r = random.next();
         const std::size_t length = 100 + r % 1300;
@@ -269,12 +272,27 @@ struct Rates {
     Rate sip, udpNoise, tcpNoise, h323;
 };
 
+// The tick in which a call's media starts: 0 for all, or staggered over the
+// first half of the capture.
+long firstTick(const TrafficPlan& plan, long ticks, int call) {
+    return plan.staggered ? 1 + static_cast<long>(call) * (ticks / 2) / plan.calls : 0;
+}
+
+long tickCount(const TrafficPlan& plan) {
+    return static_cast<long>(plan.seconds * 1e6 / tickMicros);
+}
+
 void writeTick(FrameWriter& out, const TrafficPlan& plan, long tick, long start, Rates& rates, Lcg& random,
                std::vector<Event>& events) {
     events.clear();
     const long base = start + tick * tickMicros;
     for (int call = 0; call < plan.calls; ++call) {
         const long offset = static_cast<long>(call) * tickMicros / plan.calls;
+        const long first = firstTick(plan, tickCount(plan), call);
+        if (tick == first - 1 && plan.staggered)
+            events.push_back({base + offset - 5000, Kind::Setup, call});
+        if (tick < first)
+            continue;
         events.push_back({base + offset, Kind::Rtp, 2 * call});
         events.push_back({base + offset + 5, Kind::Rtp, 2 * call + 1});
     }
@@ -333,11 +351,26 @@ long writeSetup(const TrafficPlan& plan, const std::string& path) {
     return out.written();
 }
 
+long countCallFrames(const std::string& path) {
+    char error[PCAP_ERRBUF_SIZE];
+    pcap_t* file = pcap_open_offline(path.c_str(), error);
+    if (!file)
+        return 0;
+    long frames = 0;
+    pcap_pkthdr* header;
+    const u_char* frame;
+    while (pcap_next_ex(file, &header, &frame) == 1)
+        frames += isCallFrame(frame, header->caplen) ? 1 : 0;
+    pcap_close(file);
+    return frames;
+}
+
 long writeCapture(const TrafficPlan& plan, const std::string& path) {
     FrameWriter out(path);
     if (!out.ok())
         return 0;
-    writeAllSetups(out, plan);
+    if (!plan.staggered)
+        writeAllSetups(out, plan);
     const double ticksPerSecond = 1e6 / tickMicros;
     const double perCall = 2 * ticksPerSecond + plan.sipPerCall + plan.udpNoisePerCall + plan.tcpNoisePerCall;
     const double othersPerTick = perCall * plan.calls / ticksPerSecond;
@@ -347,8 +380,9 @@ long writeCapture(const TrafficPlan& plan, const std::string& path) {
                 Rate(othersPerTick * plan.h323Share / (1 - plan.h323Share))};
     Lcg random;
     std::vector<Event> events;
-    const long ticks = static_cast<long>(plan.seconds * ticksPerSecond);
+    const long ticks = tickCount(plan);
+    const long start = plan.staggered ? 5000 : setupMicros(plan);
     for (long tick = 0; tick < ticks; ++tick)
-        writeTick(out, plan, tick, setupMicros(plan), rates, random, events);
+        writeTick(out, plan, tick, start, rates, random, events);
     return out.written();
 }

@@ -20,6 +20,10 @@ struct TrafficPlan {
     // Share of all packets that are H.323 call signalling (TPKT, Q.931 with
     // H.225.0) on TCP port 1720.
     double h323Share = 0;
+    // Calls start one after the other over the first half of the capture,
+    // their media 20 ms after the answer, as real phones send it, instead
+    // of all being set up at its head.
+    bool staggered = false;
 };
 
 struct Destination {
@@ -39,7 +43,11 @@ Destination absentDestination(int index);
 // unrelated traffic.
 bool isCallFrame(const uint8_t* frame, std::size_t length);
 
-// Writes the whole capture, set-up first, as a pcap file. Returns the
+// Frames of the calls themselves (isCallFrame) in the capture file at `path`.
+long countCallFrames(const std::string& path);
+
+// Writes the whole capture, set-up first (staggered: each call's set-up
+// just before its media), as a pcap file. Returns the
 // number of frames written, 0 when the file cannot be written.
 long writeCapture(const TrafficPlan& plan, const std::string& path);
 
