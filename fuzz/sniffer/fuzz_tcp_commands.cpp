@@ -19,6 +19,8 @@
 #include <unistd.h>
 #include <vector>
 
+#include "Loopback.h"
+
 #include "FuzzLogging.h"
 #include "TcpConnection.h"
 
@@ -33,18 +35,9 @@ void require(bool holds) {
 
 class Listener {
 public:
-    Listener() {
-        fd = socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in local{};
-        local.sin_family = AF_INET;
-        local.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        require(bind(fd, reinterpret_cast<sockaddr*>(&local), sizeof local) == 0 && listen(fd, 8) == 0);
-        socklen_t len = sizeof local;
-        getsockname(fd, reinterpret_cast<sockaddr*>(&local), &len);
-        port = ntohs(local.sin_port);
-    }
+    Listener() : fd(listenOnLoopback(port)) { require(fd >= 0); }
+    uint16_t port = 0;
     int fd;
-    uint16_t port;
 };
 
 // One recorder connection: connected on both ends, torn down with a reset so

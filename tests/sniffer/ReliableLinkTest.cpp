@@ -15,6 +15,7 @@
 #include "Frames.h"
 #include "LogCapture.h"
 #include "LogSearch.h"
+#include "Loopback.h"
 #include "PreRollBuffer.h"
 #include "Recorder.h"
 #include "ReliableConnection.h"
@@ -36,17 +37,7 @@ Bytes numberedFrame(uint32_t i) {
 // A listening socket on 127.0.0.1 whose one connection the test reads by hand.
 class RawListener {
 public:
-    RawListener() {
-        fd = socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
-        listen(fd, 1);
-        socklen_t length = sizeof address;
-        getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
-        port = ntohs(address.sin_port);
-    }
+    RawListener() : fd(listenOnLoopback(port)) {}
     ~RawListener() {
         if (connection >= 0)
             close(connection);
@@ -71,7 +62,7 @@ public:
     uint16_t port = 0;
 
 private:
-    int fd = -1;
+    int fd;
     int connection = -1;
 };
 
