@@ -38,10 +38,9 @@ const char* partyName(Party party)
     }
 }
 
-Call::Call(CallInfo info, std::filesystem::path folder)
-    : info_(std::move(info)), folder_(std::move(folder)), lastActivity_(info_.start)
+Call::Call(CallInfo info, std::filesystem::path folder, FileCache& files)
+    : info_(std::move(info)), folder_(std::move(folder)), lastActivity_(info_.start), pcap_(files, folder_ / "call.pcap")
 {
-    pcap_.open(folder_ / "call.pcap");
 }
 
 std::string Call::name() const

@@ -3,6 +3,7 @@
 #include "CallAudio.h"
 #include "Clock.h"
 #include "Endpoint.h"
+#include "FileCache.h"
 #include "Json.h"
 #include "PcapWriter.h"
 #include "Rtp.h"
@@ -39,8 +40,8 @@ struct CallInfo {
 // counts and its audio.
 class Call {
 public:
-    // Starts call.pcap in `folder`.
-    Call(CallInfo info, std::filesystem::path folder);
+    // Starts call.pcap in `folder`; the call's files are written through `files`.
+    Call(CallInfo info, std::filesystem::path folder, FileCache& files);
 
     CallInfo& info() { return info_; }
     const CallInfo& info() const { return info_; }

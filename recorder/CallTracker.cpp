@@ -36,8 +36,9 @@ std::vector<MediaAddress> mediaOf(std::string_view sdp)
 
 }  // namespace
 
-CallTracker::CallTracker(CommandSink& sniffer, CallArchive& archive, Milliseconds idle, Milliseconds linger)
-    : sniffer_(sniffer), archive_(archive), idle_(idle), linger_(linger)
+CallTracker::CallTracker(CommandSink& sniffer, CallArchive& archive, FileCache& files, Milliseconds idle,
+                         Milliseconds linger)
+    : sniffer_(sniffer), archive_(archive), files_(files), idle_(idle), linger_(linger)
 {
 }
 
@@ -171,7 +172,7 @@ CallTracker::Calls::iterator CallTracker::open(std::string key, CallInfo info, s
 {
     const std::filesystem::path folder = archive_.newFolder(info.start, folderId);
     Tracked tracked;
-    tracked.call = std::make_unique<Call>(std::move(info), folder);
+    tracked.call = std::make_unique<Call>(std::move(info), folder, files_);
     log::info() << "Call " << tracked.call->name() << " started, recording in " << folder.string();
     return calls_.emplace(std::move(key), std::move(tracked)).first;
 }

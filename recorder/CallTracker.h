@@ -19,7 +19,7 @@ namespace recorder {
 // for `linger` to take the messages that close the exchange (the 200 to BYE, the ACK of a 487).
 class CallTracker {
 public:
-    CallTracker(CommandSink& sniffer, CallArchive& archive, Milliseconds idle, Milliseconds linger);
+    CallTracker(CommandSink& sniffer, CallArchive& archive, FileCache& files, Milliseconds idle, Milliseconds linger);
 
     void onFrame(const Frame& frame);
     // Ends calls idle for too long and archives those whose linger is over.
@@ -58,6 +58,7 @@ private:
 
     CommandSink& sniffer_;
     CallArchive& archive_;
+    FileCache& files_;
     Milliseconds idle_;
     Milliseconds linger_;
     Calls calls_;

@@ -1,7 +1,5 @@
 #include "PcapWriter.h"
 
-#include "Log.h"
-
 #include <arpa/inet.h>
 
 #include <algorithm>
@@ -63,6 +61,14 @@ constexpr uint32_t kPcapMagic = 0xa1b2c3d4;
 constexpr uint32_t kLinktypeEthernet = 1;
 constexpr uint32_t kSnapLength = 65535;
 constexpr size_t kMaxUdpPayload = 65535 - sizeof(ip_header) - sizeof(udp_header);
+// About a hundred RTP packets a write; ten thousand calls then hold some 160 MiB at most.
+constexpr size_t kFlushSize = 16384;
+
+template <class T>
+void appendStruct(std::string& out, const T& value)
+{
+    out.append(reinterpret_cast<const char*>(&value), sizeof value);
+}
 
 uint16_t ipChecksum(const ip_header& header)
 {
@@ -77,22 +83,20 @@ uint16_t ipChecksum(const ip_header& header)
 
 }  // namespace
 
-bool PcapWriter::open(const std::filesystem::path& path)
+PcapWriter::PcapWriter(FileCache& files, std::filesystem::path path) : files_(files), id_(files.add(std::move(path)))
 {
-    file_.reset(std::fopen(path.c_str(), "wb"));
-    const pcap_file_header header{kPcapMagic, 2, 4, 0, 0, kSnapLength, kLinktypeEthernet};
-    if (!file_ || std::fwrite(&header, sizeof header, 1, file_.get()) != 1) {
-        log::error() << "Cannot write " << path.string();
-        file_.reset();
-        return false;
-    }
-    return true;
+    appendStruct(pending_, pcap_file_header{kPcapMagic, 2, 4, 0, 0, kSnapLength, kLinktypeEthernet});
+}
+
+PcapWriter::~PcapWriter()
+{
+    close();
 }
 
 void PcapWriter::write(TimePoint arrival, const Endpoint& source, const Endpoint& destination,
                        std::string_view payload)
 {
-    if (!file_)
+    if (!open_)
         return;
     payload = payload.substr(0, kMaxUdpPayload);
 
@@ -115,14 +119,28 @@ void PcapWriter::write(TimePoint arrival, const Endpoint& source, const Endpoint
     const auto length = static_cast<uint32_t>(sizeof frame + payload.size());
     const pcap_record_header record{static_cast<uint32_t>(micros / 1000000), static_cast<uint32_t>(micros % 1000000),
                                     length, length};
-    std::fwrite(&record, sizeof record, 1, file_.get());
-    std::fwrite(&frame, sizeof frame, 1, file_.get());
-    std::fwrite(payload.data(), 1, payload.size(), file_.get());
+    appendStruct(pending_, record);
+    appendStruct(pending_, frame);
+    pending_.append(payload);
+    if (pending_.size() >= kFlushSize)
+        flush();
+}
+
+void PcapWriter::flush()
+{
+    files_.writeAt(id_, offset_, pending_.data(), pending_.size());
+    offset_ += pending_.size();
+    pending_.clear();
 }
 
 void PcapWriter::close()
 {
-    file_.reset();
+    if (!open_)
+        return;
+    flush();
+    files_.remove(id_);
+    open_ = false;
+    pending_.shrink_to_fit();
 }
 
 }  // namespace recorder

@@ -13,8 +13,9 @@ constexpr Milliseconds kTick{100};
 Recorder::Recorder(const Options& options)
     : options_(options),
       archive_(options.output),
+      files_(FileCache::defaultCapacity()),
       link_(*this),
-      tracker_(link_, archive_, options.idle, options.linger),
+      tracker_(link_, archive_, files_, options.idle, options.linger),
       heartbeat_(link_, options.heartbeat, Clock::now())
 {
 }

@@ -26,6 +26,7 @@ private:
 
     Options options_;
     CallArchive archive_;
+    FileCache files_;
     SnifferLink link_;
     CallTracker tracker_;
     Heartbeat heartbeat_;
