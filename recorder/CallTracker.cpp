@@ -203,16 +203,23 @@ void CallTracker::unroute(const Endpoint& address, const Call& call)
     routes_.erase(found);
 }
 
+// A call's routes are among its media addresses, so ending or finishing it costs a look-up per
+// address, not a walk over every route of every call. Commands go in address order.
 void CallTracker::end(Call& call, std::string reason, TimePoint when)
 {
     log::info() << "Call " << call.name() << " ended: " << reason;
     call.end(std::move(reason), when);
-    for (auto& [address, route] : routes_) {
-        if (route.call == &call && route.forwarded) {
-            sniffer_.send(CommandCode::RemoveRtp, address);
-            route.forwarded = false;
+    std::vector<Endpoint> stopped;
+    for (const MediaAddress& media : call.media()) {
+        const auto found = routes_.find(media.address);
+        if (found != routes_.end() && found->second.call == &call && found->second.forwarded) {
+            found->second.forwarded = false;
+            stopped.push_back(media.address);
         }
     }
+    std::sort(stopped.begin(), stopped.end());
+    for (const Endpoint& address : stopped)
+        sniffer_.send(CommandCode::RemoveRtp, address);
 }
 
 CallTracker::Calls::iterator CallTracker::finish(Calls::iterator found)
@@ -220,8 +227,12 @@ CallTracker::Calls::iterator CallTracker::finish(Calls::iterator found)
     Call& call = *found->second.call;
     archive_.store(call);
     log::info() << "Call " << call.name() << " recorded in " << call.folder().string();
-    for (auto route = routes_.begin(); route != routes_.end();)
-        route = route->second.call == &call ? routes_.erase(route) : std::next(route);
+    ++recorded_;
+    for (const MediaAddress& media : call.media()) {
+        const auto found = routes_.find(media.address);
+        if (found != routes_.end() && found->second.call == &call)
+            routes_.erase(found);
+    }
     return calls_.erase(found);
 }
 
@@ -238,15 +249,15 @@ void CallTracker::tick(TimePoint now)
 
 void CallTracker::resendRoutes()
 {
-    size_t count = 0;
-    for (const auto& [address, route] : routes_) {
-        if (route.forwarded) {
-            sniffer_.send(CommandCode::AddRtp, address);
-            ++count;
-        }
-    }
-    if (count > 0)
-        log::info() << "Asked the sniffer again for RTP to " << count << " addresses";
+    std::vector<Endpoint> forwarded;
+    for (const auto& [address, route] : routes_)
+        if (route.forwarded)
+            forwarded.push_back(address);
+    std::sort(forwarded.begin(), forwarded.end());
+    for (const Endpoint& address : forwarded)
+        sniffer_.send(CommandCode::AddRtp, address);
+    if (!forwarded.empty())
+        log::info() << "Asked the sniffer again for RTP to " << forwarded.size() << " addresses";
 }
 
 void CallTracker::finishAll(TimePoint now)

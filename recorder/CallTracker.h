@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 
 namespace recorder {
 
@@ -27,6 +28,9 @@ public:
     // A sniffer that (re)connects forwards no RTP yet: tell it every address again.
     void resendRoutes();
     void finishAll(TimePoint now);
+
+    size_t openCalls() const { return calls_.size(); }
+    uint64_t recordedCalls() const { return recorded_; }
 
 private:
     struct Tracked {
@@ -62,7 +66,8 @@ private:
     Milliseconds idle_;
     Milliseconds linger_;
     Calls calls_;
-    std::map<Endpoint, Route> routes_;
+    std::unordered_map<Endpoint, Route, EndpointHash> routes_;
+    uint64_t recorded_ = 0;
 };
 
 }  // namespace recorder

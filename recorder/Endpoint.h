@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +19,10 @@ struct Endpoint {
     {
         return a.ip != b.ip ? a.ip < b.ip : a.port < b.port;
     }
+};
+
+struct EndpointHash {
+    size_t operator()(const Endpoint& e) const { return std::hash<uint64_t>()((uint64_t{e.ip} << 16) | e.port); }
 };
 
 std::string formatIp(uint32_t ip);

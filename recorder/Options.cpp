@@ -9,14 +9,24 @@
 namespace recorder {
 namespace {
 
-bool parseSeconds(const char* text, Milliseconds& value)
+bool parseSeconds(const char* text, Milliseconds& value, bool zeroAllowed = false)
 {
     char* end = nullptr;
     const double seconds = std::strtod(text, &end);
-    if (end == text || *end != '\0' || !(seconds > 0) || seconds > 86400)
+    if (end == text || *end != '\0' || !(seconds >= 0) || seconds > 86400)
         return false;
     value = Milliseconds(std::llround(seconds * 1000));
-    return value.count() > 0;
+    return value.count() > 0 || (zeroAllowed && seconds == 0);
+}
+
+bool parseMebibytes(const char* text, size_t& value)
+{
+    char* end = nullptr;
+    const long long mebibytes = std::strtoll(text, &end, 10);
+    if (end == text || *end != '\0' || mebibytes < 2 || mebibytes > (1 << 20))
+        return false;
+    value = static_cast<size_t>(mebibytes);
+    return true;
 }
 
 bool parsePort(const char* text, uint16_t& port)
@@ -49,6 +59,10 @@ std::string usage(const std::string& program)
          << defaults.heartbeat.count() / 1000.0 << ")\n"
          << "  -l, --linger SECONDS    keep an ended call open this long for its last messages (default "
          << defaults.linger.count() / 1000.0 << ")\n"
+         << "  -s, --stats SECONDS     log the recorder's counters this often, 0 only at stop (default "
+         << defaults.stats.count() / 1000.0 << ")\n"
+         << "  -B, --backlog-limit MIB hold at most this much of what was read and not yet written; past it\n"
+         << "                          frames are dropped and counted (default " << defaults.backlogLimitMiB << ")\n"
          << "  -v, --verbose           also log each command sent and each RTP packet that belongs to no call\n"
          << "  -h, --help              print this help and exit\n\n"
          << "Each call goes to DIR/<start>_<call id>/: call.pcap (its SIP and RTP), call.json (parties,\n"
@@ -63,13 +77,14 @@ OptionsResult parseOptions(int argc, char* argv[], Options& options, std::string
         {"address", required_argument, nullptr, 'a'}, {"port", required_argument, nullptr, 'p'},
         {"output", required_argument, nullptr, 'o'},  {"idle", required_argument, nullptr, 'i'},
         {"heartbeat", required_argument, nullptr, 'b'}, {"linger", required_argument, nullptr, 'l'},
+        {"stats", required_argument, nullptr, 's'},   {"backlog-limit", required_argument, nullptr, 'B'},
         {"verbose", no_argument, nullptr, 'v'},       {"help", no_argument, nullptr, 'h'},
         {nullptr, 0, nullptr, 0},
     };
     optind = 1;
     opterr = 0;
     int option;
-    while ((option = getopt_long(argc, argv, "a:p:o:i:b:l:vh", longOptions, nullptr)) != -1) {
+    while ((option = getopt_long(argc, argv, "a:p:o:i:b:l:s:B:vh", longOptions, nullptr)) != -1) {
         switch (option) {
         case 'a': options.address = optarg; break;
         case 'p':
@@ -89,6 +104,18 @@ OptionsResult parseOptions(int argc, char* argv[], Options& options, std::string
             }
             break;
         }
+        case 's':
+            if (!parseSeconds(optarg, options.stats, true)) {
+                problem = std::string("invalid number of seconds: ") + optarg;
+                return OptionsResult::Invalid;
+            }
+            break;
+        case 'B':
+            if (!parseMebibytes(optarg, options.backlogLimitMiB)) {
+                problem = std::string("invalid backlog limit (2 to 1048576 MiB): ") + optarg;
+                return OptionsResult::Invalid;
+            }
+            break;
         case 'v': options.verbose = true; break;
         case 'h': return OptionsResult::Help;
         default:

@@ -15,6 +15,8 @@ struct Options {
     Milliseconds idle{60000};
     Milliseconds heartbeat{5000};
     Milliseconds linger{2000};
+    Milliseconds stats{60000};     // 0: no statistics lines but the last
+    size_t backlogLimitMiB = 512;  // frames read and not yet handled
     bool verbose = false;
 };
 

@@ -7,6 +7,7 @@ namespace {
 
 // How often timers are looked at when no traffic comes.
 constexpr Milliseconds kTick{100};
+constexpr size_t kMiB = size_t{1} << 20;
 
 }  // namespace
 
@@ -14,44 +15,69 @@ Recorder::Recorder(const Options& options)
     : options_(options),
       archive_(options.output),
       files_(FileCache::defaultCapacity()),
-      link_(*this),
+      backlog_(options.backlogLimitMiB * kMiB),
+      link_(backlog_),
       tracker_(link_, archive_, files_, options.idle, options.linger),
       heartbeat_(link_, options.heartbeat, Clock::now())
 {
 }
 
-int Recorder::run(const volatile std::sig_atomic_t& stop, const sigset_t& signalMask)
+int Recorder::run(const sigset_t& stopSignals)
 {
-    if (!archive_.prepare() || !link_.listen(options_.address, options_.port))
+    if (!archive_.prepare() || !link_.listen(options_.address, options_.port) || !link_.start(stopSignals))
         return 1;
     log::info() << "Writing calls to " << std::filesystem::absolute(archive_.root()).string();
-    while (!stop) {
-        link_.service(kTick, signalMask);
+    TimePoint nextStats = Clock::now() + options_.stats;
+    const auto handler = [this](LinkEvent event, const Frame& frame) { handle(event, frame); };
+    for (;;) {
+        // Everything the link read before it stopped is in the backlog once it says so.
+        const bool stopping = link_.stopped();
+        backlog_.consume(stopping ? Milliseconds(0) : kTick, handler);
+        if (stopping)
+            break;
         const TimePoint now = Clock::now();
         tracker_.tick(now);
         heartbeat_.tick(now);
+        if (options_.stats.count() > 0 && now >= nextStats) {
+            logStats();
+            nextStats = now + options_.stats;
+        }
     }
+    link_.join();
     log::info() << "Stopping";
     tracker_.finishAll(Clock::now());
+    logStats();
     return 0;
 }
 
-void Recorder::onSnifferConnected()
+void Recorder::handle(LinkEvent event, const Frame& frame)
 {
-    tracker_.resendRoutes();
+    switch (event) {
+    case LinkEvent::Connected: tracker_.resendRoutes(); break;
+    case LinkEvent::Lost: heartbeat_.reset(); break;
+    case LinkEvent::Frame:
+        if (frame.protocol == Protocol::HeartbeatReply)
+            heartbeat_.replied(frame.arrival);
+        else
+            tracker_.onFrame(frame);
+        break;
+    }
 }
 
-void Recorder::onSnifferLost()
+void Recorder::logStats() const
 {
-    heartbeat_.reset();
-}
-
-void Recorder::onFrame(const Frame& frame)
-{
-    if (frame.protocol == Protocol::HeartbeatReply)
-        heartbeat_.replied(frame.arrival);
-    else
-        tracker_.onFrame(frame);
+    const LinkCounters& link = link_.counters();
+    const auto count = [&link](Protocol protocol) {
+        const auto index = static_cast<size_t>(protocol);
+        return std::to_string(link.frames[index].load()) + " frames/" + std::to_string(link.bytes[index].load()) +
+               " bytes";
+    };
+    log::info() << "Stats: received sip " << count(Protocol::Sip) << ", rtp " << count(Protocol::Rtp) << ", h323 "
+                << count(Protocol::H323) << ", heartbeat " << count(Protocol::HeartbeatReply) << "; backlog "
+                << backlog_.queuedBytes() << " bytes (peak " << backlog_.peakBytes() << ", limit "
+                << backlog_.limitBytes() << "), dropped " << backlog_.droppedFrames() << " frames; calls open "
+                << tracker_.openCalls() << ", recorded " << tracker_.recordedCalls() << "; commands sent "
+                << link.commands.load() << "; sniffer connections " << link.connections.load();
 }
 
 }  // namespace recorder

@@ -1,32 +1,35 @@
 #pragma once
 
+#include "Backlog.h"
 #include "CallArchive.h"
 #include "CallTracker.h"
+#include "FileCache.h"
 #include "Heartbeat.h"
 #include "Options.h"
 #include "SnifferLink.h"
 
-#include <csignal>
+#include <signal.h>
 
 namespace recorder {
 
-// The recorder program: serves one sniffer at a time until told to stop.
-class Recorder : private LinkEvents {
+// The recorder program: serves one sniffer at a time until told to stop. The link reads on a
+// thread of its own into the backlog; this one follows the calls and writes their files.
+class Recorder {
 public:
     explicit Recorder(const Options& options);
 
-    // Runs until `stop` is set (by a signal that `signalMask` lets through while waiting), then
-    // archives every open call. Returns the exit status.
-    int run(const volatile std::sig_atomic_t& stop, const sigset_t& signalMask);
+    // Runs until a signal of `stopSignals` (blocked in every thread) arrives, then handles what
+    // was read before it and archives every open call. Returns the exit status.
+    int run(const sigset_t& stopSignals);
 
 private:
-    void onSnifferConnected() override;
-    void onSnifferLost() override;
-    void onFrame(const Frame& frame) override;
+    void handle(LinkEvent event, const Frame& frame);
+    void logStats() const;
 
     Options options_;
     CallArchive archive_;
     FileCache files_;
+    Backlog backlog_;
     SnifferLink link_;
     CallTracker tracker_;
     Heartbeat heartbeat_;

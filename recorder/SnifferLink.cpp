@@ -4,6 +4,7 @@
 
 #include <arpa/inet.h>
 #include <poll.h>
+#include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -14,7 +15,11 @@ namespace recorder {
 namespace {
 
 constexpr int kPortAttempts = 20;
-constexpr int kDatagramsPerService = 256;  // leaves room for the TCP side and the timers
+constexpr size_t kReadSize = size_t{1} << 20;
+constexpr unsigned kDatagramBatch = 64;
+constexpr size_t kDatagramSize = 65536;
+constexpr int kDatagramBuffer = 16 << 20;   // a second of a busy site's datagrams
+constexpr int kPollMilliseconds = 1000;     // only the stop signal is waited for besides traffic
 constexpr timeval kSendTimeout{1, 0};       // a sniffer that stops reading commands is dropped
 
 std::string toString(const sockaddr_in& address)
@@ -37,10 +42,23 @@ const char* commandName(CommandCode code)
     return "?";
 }
 
+// Root may pass the system's ceiling on receive buffers; others get what the ceiling allows.
+void enlargeReceiveBuffer(int fd, int size)
+{
+    if (setsockopt(fd, SOL_SOCKET, SO_RCVBUFFORCE, &size, sizeof size) != 0)
+        setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
+}
+
 }  // namespace
+
+SnifferLink::SnifferLink(Backlog& backlog)
+    : backlog_(backlog), buffer_(kReadSize), datagrams_(kDatagramBatch * kDatagramSize)
+{
+}
 
 SnifferLink::~SnifferLink()
 {
+    join();
     closeAll();
 }
 
@@ -83,97 +101,162 @@ bool SnifferLink::bindBoth(const sockaddr_in& address)
         errno = error;
         return false;
     }
+    enlargeReceiveBuffer(udp_, kDatagramBuffer);
     port_ = ntohs(bound.sin_port);
     return true;
 }
 
-void SnifferLink::service(Milliseconds timeout, const sigset_t& signalMask)
+bool SnifferLink::start(const sigset_t& stopSignals)
 {
-    pollfd fds[2] = {{connection_ >= 0 ? connection_ : listener_, POLLIN, 0}, {udp_, POLLIN, 0}};
-    const timespec wait{static_cast<time_t>(timeout.count() / 1000),
-                        static_cast<long>(timeout.count() % 1000) * 1000000};
-    if (ppoll(fds, 2, &wait, &signalMask) <= 0)
-        return;  // timeout, or a signal for the caller to look at
-    if (fds[0].revents != 0)
-        connection_ >= 0 ? readConnection() : acceptConnection();
-    if (fds[1].revents != 0)
-        readDatagrams();
+    signals_ = signalfd(-1, &stopSignals, SFD_CLOEXEC | SFD_NONBLOCK);
+    if (signals_ < 0) {
+        log::error() << "Cannot wait for stop signals: " << std::strerror(errno);
+        return false;
+    }
+    reader_ = std::thread([this] { read(); });
+    return true;
+}
+
+void SnifferLink::join()
+{
+    if (reader_.joinable())
+        reader_.join();
+}
+
+void SnifferLink::read()
+{
+    for (;;) {
+        const int connection = connection_;  // only this thread changes it
+        pollfd fds[3] = {{connection >= 0 ? connection : listener_, POLLIN, 0}, {udp_, POLLIN, 0}, {signals_, POLLIN, 0}};
+        if (poll(fds, 3, kPollMilliseconds) <= 0)
+            continue;
+        if (fds[2].revents != 0)
+            break;
+        if (fds[0].revents != 0 && connection >= 0)
+            readConnection();
+        else if (fds[0].revents != 0)
+            acceptConnection();
+        if (fds[1].revents != 0)
+            readDatagrams();
+    }
+    drain();
+    stopped_.store(true, std::memory_order_release);
+}
+
+// What the sniffer sent before the stop request is recorded too: read until nothing is left.
+void SnifferLink::drain()
+{
+    while (connection_ >= 0 && readConnection())
+        ;
+    while (readDatagrams() > 0)
+        ;
+    backlog_.publish();
 }
 
 void SnifferLink::acceptConnection()
 {
     sockaddr_in peer{};
     socklen_t length = sizeof peer;
-    connection_ = accept4(listener_, reinterpret_cast<sockaddr*>(&peer), &length, SOCK_CLOEXEC);
-    if (connection_ < 0)
+    const int connection = accept4(listener_, reinterpret_cast<sockaddr*>(&peer), &length, SOCK_CLOEXEC);
+    if (connection < 0)
         return;
-    setsockopt(connection_, SOL_SOCKET, SO_SNDTIMEO, &kSendTimeout, sizeof kSendTimeout);
-    connectionPeer_ = toString(peer);
+    setsockopt(connection, SOL_SOCKET, SO_SNDTIMEO, &kSendTimeout, sizeof kSendTimeout);
+    {
+        std::lock_guard<std::mutex> lock(peers_);
+        connection_ = connection;
+        connectionPeer_ = toString(peer);
+    }
     log::info() << "Sniffer connected from " << connectionPeer_ << " over TCP";
-    events_.onSnifferConnected();
+    counters_.connections.fetch_add(1, std::memory_order_relaxed);
+    backlog_.push(LinkEvent::Connected);
+    backlog_.publish();
 }
 
-void SnifferLink::readConnection()
+bool SnifferLink::readConnection()
 {
     const ssize_t received = recv(connection_, buffer_.data(), buffer_.size(), MSG_DONTWAIT);
     if (received < 0 && (errno == EAGAIN || errno == EINTR))
-        return;
+        return false;
     if (received <= 0) {
         if (received == 0)
             log::info() << "Sniffer " << connectionPeer_ << " closed the connection";
         else
             log::warn() << "Connection to the sniffer " << connectionPeer_ << " failed: " << std::strerror(errno);
         closeConnection();
-        return;
+        return false;
     }
 
     stream_.append(buffer_.data(), static_cast<size_t>(received), Clock::now());
     Frame frame;
     FrameStatus status;
     while ((status = stream_.next(frame)) == FrameStatus::Complete)
-        events_.onFrame(frame);
+        queue(frame);
     if (status == FrameStatus::Malformed) {
         log::error() << "Malformed frame from the sniffer " << connectionPeer_ << ": " << stream_.problem()
                      << "; closing the connection";
         closeConnection();
     }
+    backlog_.publish();
+    return true;
 }
 
-void SnifferLink::readDatagrams()
+int SnifferLink::readDatagrams()
 {
-    for (int i = 0; i < kDatagramsPerService; ++i) {
-        sockaddr_in peer{};
-        socklen_t length = sizeof peer;
-        const ssize_t received =
-            recvfrom(udp_, buffer_.data(), buffer_.size(), 0, reinterpret_cast<sockaddr*>(&peer), &length);
-        if (received < 0)
-            return;
+    mmsghdr messages[kDatagramBatch]{};
+    iovec pieces[kDatagramBatch];
+    sockaddr_in peers[kDatagramBatch];
+    for (unsigned i = 0; i < kDatagramBatch; ++i) {
+        pieces[i] = {datagrams_.data() + i * kDatagramSize, kDatagramSize};
+        messages[i].msg_hdr.msg_iov = &pieces[i];
+        messages[i].msg_hdr.msg_iovlen = 1;
+        messages[i].msg_hdr.msg_name = &peers[i];
+        messages[i].msg_hdr.msg_namelen = sizeof peers[i];
+    }
+    const int received = recvmmsg(udp_, messages, kDatagramBatch, MSG_DONTWAIT, nullptr);
+    const TimePoint arrival = Clock::now();
+    for (int i = 0; i < received; ++i) {
+        const sockaddr_in& peer = peers[i];
         Frame frame;
         std::string problem;
-        if (readDatagram(buffer_.data(), static_cast<size_t>(received), frame, problem) != FrameStatus::Complete) {
+        if (readDatagram(static_cast<const uint8_t*>(pieces[i].iov_base), messages[i].msg_len, frame, problem) !=
+            FrameStatus::Complete) {
             log::error() << "Malformed datagram from " << toString(peer) << ": " << problem << "; dropped";
             continue;
         }
         if (!datagramPeer_ || !samePeer(*datagramPeer_, peer)) {
-            datagramPeer_ = peer;
+            {
+                std::lock_guard<std::mutex> lock(peers_);
+                datagramPeer_ = peer;
+            }
             log::info() << "Sniffer sends datagrams from " << toString(peer);
-            events_.onSnifferConnected();
+            counters_.connections.fetch_add(1, std::memory_order_relaxed);
+            backlog_.push(LinkEvent::Connected);
         }
-        frame.arrival = Clock::now();
-        events_.onFrame(frame);
+        frame.arrival = arrival;
+        queue(frame);
     }
+    backlog_.publish();
+    return received;
+}
+
+void SnifferLink::queue(const Frame& frame)
+{
+    const auto protocol = static_cast<size_t>(frame.protocol);
+    counters_.frames[protocol].fetch_add(1, std::memory_order_relaxed);
+    counters_.bytes[protocol].fetch_add(sizeof(fwd_header) + frame.payload.size(), std::memory_order_relaxed);
+    backlog_.push(LinkEvent::Frame, frame);
 }
 
 bool SnifferLink::send(CommandCode code, const Endpoint& rtp)
 {
     const CommandBytes command = encodeCommand(code, rtp);
     bool sent = false;
+    std::lock_guard<std::mutex> lock(peers_);
     if (connection_ >= 0) {
         if (::send(connection_, command.data(), command.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(command.size())) {
             sent = true;
         } else {
-            // Closing here would pull the frame being handled from under its reader; the shut-down
-            // socket reads as closed on the next turn instead.
+            // The reading thread owns the socket's end: the shut-down socket reads as closed there.
             log::warn() << "Cannot send to the sniffer " << connectionPeer_ << ": " << std::strerror(errno);
             shutdown(connection_, SHUT_RDWR);
         }
@@ -182,21 +265,27 @@ bool SnifferLink::send(CommandCode code, const Endpoint& rtp)
         sent = sendto(udp_, command.data(), command.size(), 0, reinterpret_cast<const sockaddr*>(&*datagramPeer_),
                       sizeof *datagramPeer_) == static_cast<ssize_t>(command.size()) || sent;
     }
+    if (sent)
+        counters_.commands.fetch_add(1, std::memory_order_relaxed);
     log::debug() << "Command " << commandName(code) << ' ' << recorder::toString(rtp) << (sent ? "" : " not sent");
     return sent;
 }
 
 void SnifferLink::closeConnection()
 {
-    close(connection_);
-    connection_ = -1;
+    {
+        std::lock_guard<std::mutex> lock(peers_);
+        close(connection_);
+        connection_ = -1;
+    }
     stream_.clear();
-    events_.onSnifferLost();
+    backlog_.push(LinkEvent::Lost);
+    backlog_.publish();
 }
 
 void SnifferLink::closeAll()
 {
-    for (int* fd : {&connection_, &listener_, &udp_}) {
+    for (int* fd : {&connection_, &listener_, &udp_, &signals_}) {
         if (*fd >= 0)
             close(*fd);
         *fd = -1;

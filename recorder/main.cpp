@@ -5,17 +5,6 @@
 #include <csignal>
 #include <iostream>
 
-namespace {
-
-volatile std::sig_atomic_t stopRequested = 0;
-
-void requestStop(int)
-{
-    stopRequested = 1;
-}
-
-}  // namespace
-
 int main(int argc, char* argv[])
 {
     recorder::Options options;
@@ -32,20 +21,14 @@ int main(int argc, char* argv[])
     }
     recorder::log::setVerbose(options.verbose);
 
-    // SIGINT and SIGTERM stay blocked except while the recorder waits for traffic, so a stop
-    // request always wakes it and never lands in the middle of writing a call.
-    struct sigaction action {};
-    action.sa_handler = requestStop;
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
-    sigset_t blocked, waiting;
-    sigemptyset(&blocked);
-    sigaddset(&blocked, SIGINT);
-    sigaddset(&blocked, SIGTERM);
-    sigprocmask(SIG_BLOCK, &blocked, &waiting);
-    sigdelset(&waiting, SIGINT);
-    sigdelset(&waiting, SIGTERM);
+    // SIGINT and SIGTERM are blocked in every thread, before any starts, and read by the link's
+    // thread as its stop request: a stop never lands in the middle of writing a call.
+    sigset_t stopSignals;
+    sigemptyset(&stopSignals);
+    sigaddset(&stopSignals, SIGINT);
+    sigaddset(&stopSignals, SIGTERM);
+    sigprocmask(SIG_BLOCK, &stopSignals, nullptr);
 
     recorder::Recorder recorder(options);
-    return recorder.run(stopRequested, waiting);
+    return recorder.run(stopSignals);
 }
