@@ -29,7 +29,10 @@ size_t recordLength(size_t payload)
 }  // namespace
 
 Backlog::Backlog(size_t limitBytes)
-    : maxChunks_(std::max<size_t>(limitBytes / kChunkSize, 2)), tail_(new Chunk), head_(tail_)
+    : maxChunks_(std::max<size_t>(limitBytes / kChunkSize, 2)),
+      reserveChunks_(maxChunks_ + maxChunks_ / 8 + 1),
+      tail_(new Chunk),
+      head_(tail_)
 {
 }
 
@@ -48,7 +51,7 @@ bool Backlog::push(LinkEvent event, const Frame& frame)
 {
     const size_t length = recordLength(frame.payload.size());
     if (fill_ + length > kChunkSize) {
-        Chunk* next = newChunk(event != LinkEvent::Frame);
+        Chunk* next = newChunk(event == LinkEvent::Frame && frame.protocol == Protocol::Rtp ? maxChunks_ : reserveChunks_);
         if (next == nullptr) {
             dropped_.fetch_add(1, std::memory_order_relaxed);
             return false;
@@ -78,12 +81,10 @@ bool Backlog::push(LinkEvent event, const Frame& frame)
     return true;
 }
 
-// Events (a sniffer that comes or goes) are never dropped: their chunk is allocated past the
-// limit, which holds them by one chunk at most per event.
-Backlog::Chunk* Backlog::newChunk(bool pastLimit)
+Backlog::Chunk* Backlog::newChunk(size_t most)
 {
     std::lock_guard<std::mutex> lock(mutex_);
-    if (chunks_ >= maxChunks_ && !pastLimit)
+    if (chunks_ >= most)
         return nullptr;
     ++chunks_;
     if (spare_.empty())
@@ -95,8 +96,9 @@ Backlog::Chunk* Backlog::newChunk(bool pastLimit)
     return chunk;
 }
 
-void Backlog::release(Chunk* chunk)
+void Backlog::release(Chunk* chunk, size_t consumed)
 {
+    out_.fetch_add(consumed, std::memory_order_relaxed);
     std::lock_guard<std::mutex> lock(mutex_);
     --chunks_;
     if (spare_.size() < kSpareChunks)

@@ -27,8 +27,10 @@ enum class LinkEvent : uint8_t {
 // what it wrote visible with publish(), once per read from a socket, by storing the chunk's
 // committed length; it links a new chunk only after committing the old one whole, so a consumer
 // that sees the link has seen everything before it. No lock is taken per frame: the mutex
-// guards the free chunks and sleeping. Memory is bounded by `limitBytes`: past it, frames are
-// dropped and counted, events never.
+// guards the free chunks and sleeping. Memory is bounded by `limitBytes`: past it, RTP is
+// dropped and counted. Signalling and the link's events are what every call's record hangs on
+// (a lost BYE leaves a call open until it idles out), so they may go an eighth past the limit
+// before they are dropped too.
 class Backlog {
 public:
     static constexpr size_t kChunkSize = size_t{1} << 20;
@@ -60,13 +62,15 @@ private:
         std::atomic<Chunk*> next{nullptr};
     };
 
-    Chunk* newChunk(bool pastLimit);
-    void release(Chunk* chunk);
+    // Nothing when `most` chunks are in use.
+    Chunk* newChunk(size_t most);
+    void release(Chunk* chunk, size_t consumed);
     bool waitForRecords(std::chrono::milliseconds timeout);
     // The record at `at`; its size through `length`.
     static LinkEvent readRecord(const uint8_t* at, Frame& frame, size_t& length);
 
-    const size_t maxChunks_;
+    const size_t maxChunks_;      // for RTP
+    const size_t reserveChunks_;  // for everything else
     // Producer's side.
     Chunk* tail_;
     size_t fill_ = 0;
@@ -89,7 +93,7 @@ size_t Backlog::consume(std::chrono::milliseconds timeout, Handler&& handle)
     if (!waitForRecords(timeout))
         return 0;
     size_t count = 0;
-    uint64_t consumed = 0;
+    size_t consumed = 0;  // of the head chunk
     for (;;) {
         size_t committed = head_->committed.load(std::memory_order_acquire);
         if (read_ == committed) {
@@ -99,9 +103,10 @@ size_t Backlog::consume(std::chrono::milliseconds timeout, Handler&& handle)
             // The producer committed this chunk whole before linking the next one.
             committed = head_->committed.load(std::memory_order_acquire);
             if (read_ == committed) {
-                release(head_);
+                release(head_, consumed);
                 head_ = next;
                 read_ = 0;
+                consumed = 0;
                 continue;
             }
         }
