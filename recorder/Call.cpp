@@ -111,12 +111,13 @@ void Call::recordRtp(const Frame& frame)
     ++stream.packets;
     stream.bytes += frame.payload.size();
     if (const auto packet = parseRtp(frame.payload)) {
-        const bool event = packet->payloadType == telephoneEventType(stream);
+        const Codec* events = telephoneEvent(stream);
+        const bool event = events && packet->payloadType == events->payloadType;
         if (stream.payloadType < 0 && !event)
             stream.payloadType = packet->payloadType;
         stream.quality.add(*packet, frame.arrival, clockRate(codecName(stream)), !event);
         if (event) {
-            dtmf_.add(*packet, frame.arrival, 8000, partyName(stream.speaker));  // telephone-event/8000
+            dtmf_.add(*packet, frame.arrival, clockRate(events->name), partyName(stream.speaker));
             return;
         }
         audio_.add(stream.channel, frame.arrival, *packet);
@@ -175,17 +176,16 @@ std::string Call::codecName(const Stream& stream) const
     return staticPayloadName(stream.payloadType);
 }
 
-// The payload type of RFC 4733 events that the stream's receiver offered, else that any
-// party offered; -1 for none.
-int Call::telephoneEventType(const Stream& stream) const
+// The RFC 4733 event codec that the stream's receiver offered, else that any party offered.
+const Codec* Call::telephoneEvent(const Stream& stream) const
 {
-    int anyone = -1;
+    const Codec* anyone = nullptr;
     for (const MediaAddress& media : media_) {
-        const int type = recorder::telephoneEventType(media.codecs);
-        if (type >= 0 && media.address == stream.destination)
-            return type;
-        if (anyone < 0)
-            anyone = type;
+        const Codec* codec = recorder::telephoneEvent(media.codecs);
+        if (codec && media.address == stream.destination)
+            return codec;
+        if (!anyone)
+            anyone = codec;
     }
     return anyone;
 }

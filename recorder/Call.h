@@ -81,7 +81,7 @@ private:
     Stream& streamTo(const Frame& frame);
     Party ownerOf(const Endpoint& address) const;
     std::string codecName(const Stream& stream) const;
-    int telephoneEventType(const Stream& stream) const;
+    const Codec* telephoneEvent(const Stream& stream) const;
     void recordRtcp(const Frame& frame);
     Json streamJson(const Stream& stream) const;
 

@@ -36,7 +36,7 @@ std::optional<EModel::Impairment> EModel::impairment(std::string_view codecName)
 double EModel::rating(const Impairment& codec, double lossPercent, double jitterMs, double packetMs)
 {
     // Id, G.107's simplified form for delay without echo: 0.024 d + 0.11 (d - 177.3) H(d - 177.3).
-    const double delay = 2 * jitterMs + packetMs;
+    const double delay = std::min(2 * jitterMs, kMaxJitterBufferMs) + packetMs;
     const double id = 0.024 * delay + (delay > 177.3 ? 0.11 * (delay - 177.3) : 0.0);
     // Ie,eff = Ie + (95 - Ie) Ppl / (Ppl / BurstR + Bpl), with random loss: BurstR = 1.
     const double ppl = std::clamp(lossPercent, 0.0, 100.0);

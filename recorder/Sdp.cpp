@@ -67,12 +67,12 @@ void applyRtcp(std::string_view value, MediaSection& media)
 
 }  // namespace
 
-int telephoneEventType(const std::vector<Codec>& codecs)
+const Codec* telephoneEvent(const std::vector<Codec>& codecs)
 {
     for (const Codec& codec : codecs)
         if (startsWithNoCase(codec.name, "telephone-event/"))
-            return codec.payloadType;
-    return -1;
+            return &codec;
+    return nullptr;
 }
 
 int clockRate(std::string_view codecName)

@@ -24,8 +24,8 @@ struct SdpMedia {
 // not 0.0.0.0, taken from the media's own c= line or else the session's.
 std::vector<SdpMedia> parseSdpAudio(std::string_view sdp);
 
-// The payload type of RFC 4733 events ("telephone-event/8000") among `codecs`, or -1.
-int telephoneEventType(const std::vector<Codec>& codecs);
+// The RFC 4733 event codec ("telephone-event/8000") among `codecs`, or none.
+const Codec* telephoneEvent(const std::vector<Codec>& codecs);
 
 // The RTP clock rate of a codec named as in an rtpmap ("opus/48000/2") or by H.323
 // ("g711Alaw64k 20"): the rate the name gives, else 8000. G.722's RTP clock is 8000 (RFC 3551)

@@ -15,11 +15,12 @@ void StreamQuality::add(const RtpPacket& packet, TimePoint arrival, int clockRat
 
     // Gaps: the timestamp step from the highest timed packet so far to the one that passes it.
     // A packet that arrives after its successor does not close the gap that successor opened.
+    // A step over 10 minutes is taken for a new timestamp base rather than a gap.
     const int64_t extended = source.sequences.highest();
     if (kind == SequenceArrival::Next || kind == SequenceArrival::First) {
         if (source.timed) {
             const int64_t step = static_cast<int32_t>(packet.timestamp - source.highestTimestamp);
-            if (step > 0) {
+            if (step > 0 && step <= int64_t{600} * clockRate) {
                 source.longestGap = std::max(source.longestGap, step);
                 if (extended - source.highestTimed == 1)
                     source.packetTicks = step;

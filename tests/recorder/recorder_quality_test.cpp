@@ -140,6 +140,9 @@ TEST(RecorderQuality, MosFromTheEModel)
     EXPECT_NEAR(EModel::rating(*EModel::impairment("G729/8000"), 2, 10, 20), 73.24, 1e-9);
     // 100 ms jitter: delay 220, Id = 5.28 + 0.11 x 42.7 = 9.977, R = 83.223, MOS = 4.14.
     EXPECT_DOUBLE_EQ(*EModel::mos("g711Alaw64k 20", 0, 100, 20), 4.14);
+    // A jitter buffer holds 300 ms at most: 1 s of jitter rates as 150 ms, delay 320,
+    // Id = 7.68 + 0.11 x 142.7 = 23.377, R = 69.823, MOS = 3.589, 3.59.
+    EXPECT_DOUBLE_EQ(*EModel::mos("PCMA/8000", 0, 1000, 20), 3.59);
     EXPECT_DOUBLE_EQ(EModel::mos(-5), 1.0);
     EXPECT_FALSE(EModel::mos("speex/8000", 0, 0, 20));
 }
