@@ -1,5 +1,8 @@
 #include "Call.h"
 
+#include "EModel.h"
+#include "Rtcp.h"
+
 #include <algorithm>
 
 namespace recorder {
@@ -100,14 +103,38 @@ void Call::recordRtp(const Frame& frame)
 {
     lastActivity_ = frame.arrival;
     pcap_.write(frame.arrival, frame.source, frame.destination, frame.payload);
+    if (looksLikeRtcp(frame.payload)) {
+        recordRtcp(frame);  // a packet of the call, but neither a stream nor audio
+        return;
+    }
     Stream& stream = streamTo(frame);
     ++stream.packets;
     stream.bytes += frame.payload.size();
     if (const auto packet = parseRtp(frame.payload)) {
-        if (stream.payloadType < 0)
+        const Codec* events = telephoneEvent(stream);
+        const bool event = events && packet->payloadType == events->payloadType;
+        if (stream.payloadType < 0 && !event)
             stream.payloadType = packet->payloadType;
-        stream.sequences[packet->ssrc].add(packet->sequence);
+        stream.quality.add(*packet, frame.arrival, clockRate(codecName(stream)), !event);
+        if (event) {
+            dtmf_.add(*packet, frame.arrival, clockRate(events->name), partyName(stream.speaker));
+            return;
+        }
         audio_.add(stream.channel, frame.arrival, *packet);
+    }
+}
+
+// RTCP reports go to the stream whose SSRC they name, wherever they were sent.
+void Call::recordRtcp(const Frame& frame)
+{
+    const RtcpCompound rtcp = parseRtcp(frame.payload);
+    for (Stream& stream : streams_) {
+        for (const SenderReport& report : rtcp.senderReports)
+            if (stream.quality.hasSource(report.ssrc))
+                stream.quality.addSenderReport(report);
+        for (const ReportBlock& block : rtcp.blocks)
+            if (stream.quality.hasSource(block.source))
+                stream.quality.addReportBlock(block);
     }
 }
 
@@ -149,29 +176,58 @@ std::string Call::codecName(const Stream& stream) const
     return staticPayloadName(stream.payloadType);
 }
 
+// The RFC 4733 event codec that the stream's receiver offered, else that any party offered.
+const Codec* Call::telephoneEvent(const Stream& stream) const
+{
+    const Codec* anyone = nullptr;
+    for (const MediaAddress& media : media_) {
+        const Codec* codec = recorder::telephoneEvent(media.codecs);
+        if (codec && media.address == stream.destination)
+            return codec;
+        if (!anyone)
+            anyone = codec;
+    }
+    return anyone;
+}
+
 void Call::close()
 {
     pcap_.close();
 }
 
+// New fields follow the older ones, whose order readers rely on.
 Json Call::streamJson(const Stream& stream) const
 {
-    uint64_t lost = 0, outOfOrder = 0;
-    for (const auto& [ssrc, sequence] : stream.sequences) {
-        lost += sequence.lost();
-        outOfOrder += sequence.outOfOrder();
-    }
+    const std::string codec = codecName(stream);
+    const QualitySummary quality = stream.quality.summary(clockRate(codec));
+    const auto optional = [](const auto& value) { return value ? Json(*value) : Json(); };
+    // MOS from the receiver's jitter when it reported one; the recorder's own estimate
+    // overstates it and is left out. 20 ms per packet unless the timestamps tell.
+    const uint64_t expected = quality.received + quality.lost;
+    const double lossPercent = expected > 0 ? 100.0 * quality.lost / expected : 0.0;
+    const std::optional<double> mos =
+        quality.received > 0 ? EModel::mos(codec, lossPercent, quality.jitterMs.value_or(0),
+                                           quality.packetMs > 0 ? quality.packetMs : 20.0)
+                             : std::nullopt;
     return Json::Object{
         {"destination", toString(stream.destination)},
         {"source", toString(stream.source)},
         {"speaker", partyName(stream.speaker)},
         {"payload_type", stream.payloadType},
-        {"codec", codecName(stream)},
+        {"codec", codec},
         {"packets", stream.packets},
         {"bytes", stream.bytes},
-        {"lost", lost},
-        {"out_of_order", outOfOrder},
+        {"lost", quality.lost},
+        {"out_of_order", quality.outOfOrder},
         {"wav_channel", stream.channel},
+        {"duplicates", quality.duplicates},
+        {"lost_before_first", quality.lostBeforeFirst},
+        {"longest_gap_ms", quality.longestGapMs},
+        {"jitter_ms", optional(quality.jitterMs)},
+        {"rtcp_fraction_lost", optional(quality.rtcpFractionLost)},
+        {"rtcp_cumulative_lost", optional(quality.rtcpCumulativeLost)},
+        {"jitter_at_recorder_ms", quality.jitterAtRecorderMs},
+        {"mos", optional(mos)},
     };
 }
 
@@ -207,6 +263,7 @@ Json Call::toJson(bool wavWritten) const
         {"media", std::move(media)},
         {"streams", std::move(streams)},
     });
+    call.emplace_back("dtmf", dtmf_.toJson());
     if (!sip)
         call.emplace_back("h323_descriptions", texts(descriptions_));
     call.emplace_back("files", Json::Object{

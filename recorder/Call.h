@@ -2,12 +2,14 @@
 
 #include "CallAudio.h"
 #include "Clock.h"
+#include "Dtmf.h"
 #include "Endpoint.h"
 #include "FileCache.h"
 #include "Json.h"
 #include "PcapWriter.h"
 #include "Rtp.h"
 #include "Sdp.h"
+#include "StreamQuality.h"
 #include "Wire.h"
 
 #include <filesystem>
@@ -73,12 +75,14 @@ private:
         int channel = 0;
         int payloadType = -1;
         uint64_t packets = 0, bytes = 0;
-        std::map<uint32_t, SequenceCounter> sequences;  // by SSRC
+        StreamQuality quality;
     };
 
     Stream& streamTo(const Frame& frame);
     Party ownerOf(const Endpoint& address) const;
     std::string codecName(const Stream& stream) const;
+    const Codec* telephoneEvent(const Stream& stream) const;
+    void recordRtcp(const Frame& frame);
     Json streamJson(const Stream& stream) const;
 
     CallInfo info_;
@@ -90,6 +94,7 @@ private:
     std::vector<MediaAddress> media_;
     std::vector<Stream> streams_;
     CallAudio audio_;
+    DtmfEvents dtmf_;
 };
 
 const char* partyName(Party party);

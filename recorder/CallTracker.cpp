@@ -26,12 +26,19 @@ bool rejectsCall(const SipMessage& message)
     return answersInvite(message) && message.status >= 300 && message.status != 401 && message.status != 407;
 }
 
-std::vector<MediaAddress> mediaOf(std::string_view sdp)
+std::vector<MediaAddress> mediaOf(const std::vector<SdpMedia>& sdp)
 {
     std::vector<MediaAddress> addresses;
-    for (SdpMedia& media : parseSdpAudio(sdp))
-        addresses.push_back({media.address, Party::Unknown, std::move(media.codecs)});
+    for (const SdpMedia& media : sdp)
+        addresses.push_back({media.address, Party::Unknown, media.codecs});
     return addresses;
+}
+
+// H.323 descriptions name the RTP address only; RTCP takes the next port (H.225 and RFC 3550's
+// convention).
+Endpoint nextPort(const Endpoint& rtp)
+{
+    return rtp.port < 65535 ? Endpoint{rtp.ip, static_cast<uint16_t>(rtp.port + 1)} : Endpoint{};
 }
 
 }  // namespace
@@ -84,11 +91,11 @@ void CallTracker::followSip(Tracked& tracked, const SipMessage& message, TimePoi
 {
     Call& call = *tracked.call;
     if (!message.sdp.empty() && (message.isRequest || message.status < 300)) {
-        const std::vector<MediaAddress> addresses = mediaOf(message.sdp);
-        for (const Endpoint& dropped : call.replaceMedia(sender(message, tracked.callerTag), addresses))
+        const std::vector<SdpMedia> sdp = parseSdpAudio(message.sdp);
+        for (const Endpoint& dropped : call.replaceMedia(sender(message, tracked.callerTag), mediaOf(sdp)))
             unroute(dropped, call);
-        for (const MediaAddress& address : addresses)
-            route(address.address, call);
+        for (const SdpMedia& media : sdp)
+            route(media.address, call, media.rtcp);
     }
 
     if (message.isRequest && message.method == "BYE")
@@ -151,7 +158,7 @@ void CallTracker::followH323(Tracked& tracked, const H323Description& descriptio
     };
     for (const H323Media& media : description.media) {
         call.addMedia({media.address, ownerOf(media.address.ip), {{-1, media.codec}}});
-        route(media.address, call);
+        route(media.address, call, nextPort(media.address));
     }
 
     if (description.type == kH323ReleaseComplete)
@@ -177,9 +184,9 @@ CallTracker::Calls::iterator CallTracker::open(std::string key, CallInfo info, s
     return calls_.emplace(std::move(key), std::move(tracked)).first;
 }
 
-void CallTracker::route(const Endpoint& address, Call& call)
+void CallTracker::route(const Endpoint& address, Call& call, const Endpoint& rtcp)
 {
-    auto [found, added] = routes_.try_emplace(address, Route{&call, false});
+    auto [found, added] = routes_.try_emplace(address, Route{&call, false, {}});
     Route& route = found->second;
     if (!added && route.call != &call) {
         log::info() << "Media address " << toString(address) << " passes from call " << route.call->name()
@@ -191,6 +198,16 @@ void CallTracker::route(const Endpoint& address, Call& call)
         sniffer_.send(CommandCode::AddRtp, address);
         route.forwarded = true;
     }
+    // The RTCP address has a route of its own, unless it is a media address itself.
+    if (rtcp.port == 0 || rtcp == address)
+        return;
+    const auto known = routes_.find(rtcp);
+    if (known != routes_.end() && known->second.rtcp.port != 0)
+        return;
+    if (route.rtcp.port != 0 && route.rtcp != rtcp)
+        unroute(route.rtcp, call);
+    route.rtcp = rtcp;
+    this->route(rtcp, call);
 }
 
 void CallTracker::unroute(const Endpoint& address, const Call& call)
@@ -200,7 +217,10 @@ void CallTracker::unroute(const Endpoint& address, const Call& call)
         return;
     if (found->second.forwarded)
         sniffer_.send(CommandCode::RemoveRtp, address);
+    const Endpoint rtcp = found->second.rtcp;
     routes_.erase(found);
+    if (rtcp.port != 0)
+        unroute(rtcp, call);
 }
 
 // A call's routes are among its media addresses, so ending or finishing it costs a look-up per

@@ -14,7 +14,8 @@
 namespace recorder {
 
 // Follows calls through the signalling the sniffer forwards, tells the sniffer which RTP to
-// forward, hands each packet to its call, and archives each call once it is over.
+// forward (each media address and its RTCP address), hands each packet to its call, and
+// archives each call once it is over.
 //
 // A call that ended (BYE, CANCEL, rejection, release) stops its media at once but stays open
 // for `linger` to take the messages that close the exchange (the 200 to BYE, the ACK of a 487).
@@ -42,10 +43,12 @@ private:
     };
     using Calls = std::map<std::string, Tracked>;
 
-    // Where RTP to an address goes, and whether the sniffer was asked to forward it.
+    // Where RTP to an address goes, and whether the sniffer was asked to forward it. A media
+    // address's RTCP address is routed with it, to the same call, and unrouted with it.
     struct Route {
         Call* call = nullptr;
         bool forwarded = false;
+        Endpoint rtcp;  // of a media address; port 0 for none, and on the RTCP address's own route
     };
 
     void onSip(const Frame& frame);
@@ -55,7 +58,8 @@ private:
     void onRtp(const Frame& frame);
 
     Calls::iterator open(std::string key, CallInfo info, std::string_view folderId);
-    void route(const Endpoint& address, Call& call);
+    // Routes `address` and, unless its port is 0, `rtcp` with it.
+    void route(const Endpoint& address, Call& call, const Endpoint& rtcp = {});
     void unroute(const Endpoint& address, const Call& call);
     void end(Call& call, std::string reason, TimePoint when);
     Calls::iterator finish(Calls::iterator found);

@@ -33,27 +33,57 @@ std::optional<RtpPacket> parseRtp(std::string_view datagram)
                      datagram.substr(start, end - start)};
 }
 
-void SequenceCounter::add(uint16_t sequence)
+SequenceArrival SequenceCounter::add(uint16_t sequence)
 {
-    ++received_;
     if (!started_) {
         started_ = true;
         lowest_ = highest_ = sequence;
-        return;
+        received_ = 1;
+        mark(sequence);
+        return SequenceArrival::First;
     }
     const int64_t extended = highest_ + static_cast<int16_t>(sequence - static_cast<uint16_t>(highest_));
     if (extended > highest_) {
+        // Forget the numbers that leave the window: the slots of highest_+1 to extended.
+        if (extended - highest_ >= kWindow)
+            seen_.reset();
+        else
+            for (int64_t number = highest_ + 1; number <= extended; ++number)
+                seen_[static_cast<uint64_t>(number) % kWindow] = false;
         highest_ = extended;
-    } else if (extended < highest_) {
-        ++outOfOrder_;
-        lowest_ = std::min(lowest_, extended);
+        ++received_;
+        mark(extended);
+        return SequenceArrival::Next;
     }
+    const bool inWindow = highest_ - extended < kWindow;
+    if (inWindow && seen(extended)) {
+        ++duplicates_;
+        return SequenceArrival::Duplicate;
+    }
+    if (inWindow)
+        mark(extended);
+    ++received_;
+    ++outOfOrder_;
+    lowest_ = std::min(lowest_, extended);
+    return SequenceArrival::Late;
 }
 
 uint64_t SequenceCounter::lost() const
 {
     const int64_t expected = started_ ? highest_ - lowest_ + 1 : 0;
     return expected > static_cast<int64_t>(received_) ? static_cast<uint64_t>(expected) - received_ : 0;
+}
+
+}  // namespace recorder
+
+namespace recorder {
+
+bool looksLikeRtcp(std::string_view datagram)
+{
+    if (datagram.size() < 4)
+        return false;
+    const auto first = static_cast<uint8_t>(datagram[0]), type = static_cast<uint8_t>(datagram[1]);
+    return (first >> 6) == 2 && type >= 200 && type <= 204;
 }
 
 }  // namespace recorder

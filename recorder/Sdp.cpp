@@ -21,6 +21,8 @@ std::optional<uint32_t> parseConnection(std::string_view value)
 struct MediaSection {
     bool audio = false;
     long port = 0;
+    long rtcpPort = 0;                        // from a=rtcp:, 0 when absent
+    std::optional<uint32_t> rtcpConnection;  // its address, when it names one
     std::optional<uint32_t> connection;
     std::vector<Codec> codecs;
 };
@@ -54,7 +56,35 @@ void applyRtpmap(std::string_view value, MediaSection& media)
             codec.name = trim(value.substr(space + 1));
 }
 
+// "rtcp:53020" or "rtcp:53020 IN IP4 126.16.64.4" (RFC 3605)
+void applyRtcp(std::string_view value, MediaSection& media)
+{
+    media.rtcpPort = leadingNumber(value);
+    const size_t space = value.find(' ');
+    if (space != std::string_view::npos)
+        media.rtcpConnection = parseConnection(trim(value.substr(space + 1)));
+}
+
 }  // namespace
+
+const Codec* telephoneEvent(const std::vector<Codec>& codecs)
+{
+    for (const Codec& codec : codecs)
+        if (startsWithNoCase(codec.name, "telephone-event/"))
+            return &codec;
+    return nullptr;
+}
+
+int clockRate(std::string_view codecName)
+{
+    if (startsWithNoCase(codecName, "opus/"))
+        return 48000;
+    if (startsWithNoCase(codecName, "G722/"))
+        return 8000;
+    const size_t slash = codecName.find('/');
+    const long rate = slash == std::string_view::npos ? -1 : leadingNumber(codecName.substr(slash + 1));
+    return rate > 0 && rate <= 384000 ? static_cast<int>(rate) : 8000;
+}
 
 std::string staticPayloadName(int payloadType)
 {
@@ -90,6 +120,8 @@ std::vector<SdpMedia> parseSdpAudio(std::string_view sdp)
         case 'a':
             if (!sections.empty() && startsWith(value, "rtpmap:"))
                 applyRtpmap(value.substr(7), sections.back());
+            else if (!sections.empty() && startsWith(value, "rtcp:"))
+                applyRtcp(value.substr(5), sections.back());
             break;
         }
     }
@@ -97,8 +129,15 @@ std::vector<SdpMedia> parseSdpAudio(std::string_view sdp)
     std::vector<SdpMedia> audio;
     for (MediaSection& section : sections) {
         const std::optional<uint32_t> ip = section.connection ? section.connection : sessionConnection;
-        if (section.audio && section.port > 0 && section.port <= 65535 && ip && *ip != 0)
-            audio.push_back({{*ip, static_cast<uint16_t>(section.port)}, std::move(section.codecs)});
+        if (!section.audio || section.port <= 0 || section.port > 65535 || !ip || *ip == 0)
+            continue;
+        const long rtcpPort = section.rtcpPort > 0 && section.rtcpPort <= 65535 ? section.rtcpPort
+                              : section.port < 65535                            ? section.port + 1
+                                                                                : 0;
+        const uint32_t rtcpIp = section.rtcpConnection && *section.rtcpConnection != 0 ? *section.rtcpConnection : *ip;
+        audio.push_back({{*ip, static_cast<uint16_t>(section.port)},
+                         std::move(section.codecs),
+                         {rtcpIp, static_cast<uint16_t>(rtcpPort)}});
     }
     return audio;
 }

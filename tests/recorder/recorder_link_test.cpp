@@ -91,36 +91,45 @@ INSTANTIATE_TEST_SUITE_P(
     RecorderLink, RecorderLinkScript,
     ::testing::Values(
         Script{"SipCallAsksForEachPartysMediaAndStopsItAtBye",
-               {{invite("call-1"), {{1, 10, 0, 0, 1, 0x0f, 0xa0}}},
+               {{invite("call-1"), {{1, 10, 0, 0, 1, 0x0f, 0xa0}, {1, 10, 0, 0, 1, 0x0f, 0xa1}}},  // RTP, RTCP
                 {sipFrame(sipResponse(180, "INVITE", "call-1"), false), {}},
-                {answer("call-1"), {{1, 10, 0, 0, 2, 0x13, 0x88}}},
+                {answer("call-1"), {{1, 10, 0, 0, 2, 0x13, 0x88}, {1, 10, 0, 0, 2, 0x13, 0x89}}},
                 {invite("call-1"), {}},  // a retransmission asks for nothing new
                 {sipFrame(sipRequest("BYE", "call-1", "", true), false),
-                 {command(2, kCallerRtp), command(2, kCalleeRtp)}}},
+                 {command(2, kCallerRtp), command(2, "10.0.0.1", 4001), command(2, kCalleeRtp),
+                  command(2, "10.0.0.2", 5001)}}},
                {"Call call-1 ended: bye", "\"end_reason\":\"bye\""}},
         Script{"ReinviteMovesTheMediaOfThePartyThatSentItAndAReconnectingSnifferIsAskedAgain",
-               {{invite("call-2"), {command(1, kCallerRtp)}},
-                {answer("call-2"), {command(1, kCalleeRtp)}},
+               {{invite("call-2"), {command(1, kCallerRtp), command(1, "10.0.0.1", 4001)}},
+                {answer("call-2"), {command(1, kCalleeRtp), command(1, "10.0.0.2", 5001)}},
                 {sipFrame(sipRequest("INVITE", "call-2", sdp("10.0.0.2", 5002, 8), true), false),
-                 {command(2, kCalleeRtp), command(1, "10.0.0.2", 5002)}}},
+                 {command(2, kCalleeRtp), command(2, "10.0.0.2", 5001), command(1, "10.0.0.2", 5002),
+                  command(1, "10.0.0.2", 5003)}}},
                {},
-               {command(1, kCallerRtp), command(1, "10.0.0.2", 5002)}},
+               {command(1, kCallerRtp), command(1, "10.0.0.1", 4001), command(1, "10.0.0.2", 5002),
+                command(1, "10.0.0.2", 5003)}},
         Script{"ChallengeKeepsTheMediaAndRefusalStopsIt",
-               {{invite("refused"), {command(1, kCallerRtp)}},
+               {{invite("refused"), {command(1, kCallerRtp), command(1, "10.0.0.1", 4001)}},
                 {sipFrame(sipResponse(407, "INVITE", "refused"), false), {}},
-                {sipFrame(sipResponse(486, "INVITE", "refused"), false), {command(2, kCallerRtp)}}},
+                {sipFrame(sipResponse(486, "INVITE", "refused"), false),
+                 {command(2, kCallerRtp), command(2, "10.0.0.1", 4001)}}},
                {"Call refused ended: rejected 486", "\"end_reason\":\"rejected 486\""}},
         Script{"CancelStopsTheMedia",
-               {{invite("cancelled", Endpoint{0x0a000001, 4100}), {command(1, "10.0.0.1", 4100)}},
-                {sipFrame(sipRequest("CANCEL", "cancelled")), {command(2, "10.0.0.1", 4100)}}},
+               {{invite("cancelled", Endpoint{0x0a000001, 4100}),
+                 {command(1, "10.0.0.1", 4100), command(1, "10.0.0.1", 4101)}},
+                {sipFrame(sipRequest("CANCEL", "cancelled")),
+                 {command(2, "10.0.0.1", 4100), command(2, "10.0.0.1", 4101)}}},
                {}},
         Script{"H323CallMediaFollowsItsDescriptions",
                {{h323(true, "t:5\nr:42\nc:c0fef93e-cd9e-d611-9ab2-000476222017\ns:alice\nd:bob\nm:1:fcodec:"
                             "g711Alaw64k 20,rtp:10.0.0.5 49170rcodec:g711Alaw64k 20,rtp:10.0.0.6 49172"),
-                 {command(1, "10.0.0.5", 49170), command(1, "10.0.0.6", 49172)}},
-                {h323(false, "t:131\nr:42\na:2:rtp:10.0.0.6 49174"), {command(1, "10.0.0.6", 49174)}},
+                 {command(1, "10.0.0.5", 49170), command(1, "10.0.0.5", 49171), command(1, "10.0.0.6", 49172),
+                  command(1, "10.0.0.6", 49173)}},
+                {h323(false, "t:131\nr:42\na:2:rtp:10.0.0.6 49174"),
+                 {command(1, "10.0.0.6", 49174), command(1, "10.0.0.6", 49175)}},
                 {h323(false, "t:90\nr:42"),
-                 {command(2, "10.0.0.5", 49170), command(2, "10.0.0.6", 49172), command(2, "10.0.0.6", 49174)}}},
+                 {command(2, "10.0.0.5", 49170), command(2, "10.0.0.5", 49171), command(2, "10.0.0.6", 49172),
+                  command(2, "10.0.0.6", 49173), command(2, "10.0.0.6", 49174), command(2, "10.0.0.6", 49175)}}},
                {"Call with H.323 reference 42 ended: release complete",
                 "\"signalling\":\"h323\",\"call_id\":\"c0fef93e-cd9e-d611-9ab2-000476222017\","
                 "\"call_reference\":\"42\",\"caller\":\"alice\",\"callee\":\"bob\"",
@@ -134,8 +143,10 @@ TEST(RecorderLink, IdleCallEndsAfterTheIdleTime)
     TcpSniffer sniffer(recorder.port());
     sniffer.send(invite("quiet"));
     ASSERT_EQ(sniffer.readCommand(), command(1, kCallerRtp));
+    ASSERT_EQ(sniffer.readCommand(), command(1, "10.0.0.1", 4001));
 
     EXPECT_EQ(sniffer.readCommand(3s), command(2, kCallerRtp));
+    EXPECT_EQ(sniffer.readCommand(), command(2, "10.0.0.1", 4001));
     const auto calls = recorder.waitForCalls(1);
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_NE(calls[0].find("\"end_reason\":\"idle\""), std::string::npos) << calls[0];
@@ -196,8 +207,10 @@ TEST(RecorderLink, UdpSnifferGetsCommandsFromTheListeningPort)
     sniffer.sendTo(recorder.port(), invite("call-5"));
     EXPECT_EQ(sniffer.receive(2s, &from), command(1, kCallerRtp));
     EXPECT_EQ(from, recorder.port());
+    EXPECT_EQ(sniffer.receive(2s), command(1, "10.0.0.1", 4001));
     sniffer.sendTo(recorder.port(), sipFrame(sipRequest("BYE", "call-5")));
     EXPECT_EQ(sniffer.receive(2s), command(2, kCallerRtp));
+    EXPECT_EQ(sniffer.receive(2s), command(2, "10.0.0.1", 4001));
 }
 
 }  // namespace
