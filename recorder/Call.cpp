@@ -39,7 +39,8 @@ const char* partyName(Party party)
 }
 
 Call::Call(CallInfo info, std::filesystem::path folder, FileCache& files)
-    : info_(std::move(info)), folder_(std::move(folder)), lastActivity_(info_.start), pcap_(files, folder_ / "call.pcap")
+    : info_(std::move(info)), folder_(std::move(folder)), lastActivity_(info_.start),
+      pcap_(files, folder_ / "call.pcap"), audio_(files, folder_)
 {
 }
 
@@ -107,7 +108,8 @@ void Call::recordRtp(const Frame& frame)
         if (stream.payloadType < 0)
             stream.payloadType = packet->payloadType;
         stream.sequences[packet->ssrc].add(packet->sequence);
-        audio_.add(stream.channel, frame.arrival, *packet);
+        const std::string codec = codecName(frame.destination, packet->payloadType);
+        stream.decoded = audio_.add(stream.channel, frame.arrival, *packet, codec) || stream.decoded;
     }
 }
 
@@ -138,20 +140,26 @@ Party Call::ownerOf(const Endpoint& address) const
     return found == media_.end() ? Party::Unknown : found->owner;
 }
 
-// The signalling's name for the stream's payload type, else the name it has without one.
 std::string Call::codecName(const Stream& stream) const
 {
+    return codecName(stream.destination, stream.payloadType);
+}
+
+// The signalling's name for a payload type sent to `destination`, else the name it has without one.
+std::string Call::codecName(const Endpoint& destination, int payloadType) const
+{
     for (const MediaAddress& media : media_)
-        if (media.address == stream.destination)
+        if (media.address == destination)
             for (const Codec& codec : media.codecs)
-                if (codec.payloadType == stream.payloadType && !codec.name.empty())
+                if (codec.payloadType == payloadType && !codec.name.empty())
                     return codec.name;
-    return staticPayloadName(stream.payloadType);
+    return staticPayloadName(payloadType);
 }
 
 void Call::close()
 {
     pcap_.close();
+    audio_.close();
 }
 
 Json Call::streamJson(const Stream& stream) const
@@ -171,6 +179,7 @@ Json Call::streamJson(const Stream& stream) const
         {"bytes", stream.bytes},
         {"lost", lost},
         {"out_of_order", outOfOrder},
+        {"decoded", stream.decoded},
         {"wav_channel", stream.channel},
     };
 }

@@ -62,7 +62,7 @@ public:
     void recordRtp(const Frame& frame);
 
     const CallAudio& audio() const { return audio_; }
-    // Closes call.pcap; the call records nothing more.
+    // Closes call.pcap and completes the audio's channel files; the call records nothing more.
     void close();
     Json toJson(bool wavWritten) const;
 
@@ -72,6 +72,7 @@ private:
         Party speaker = Party::Unknown;
         int channel = 0;
         int payloadType = -1;
+        bool decoded = false;  // some of its audio is in call.wav
         uint64_t packets = 0, bytes = 0;
         std::map<uint32_t, SequenceCounter> sequences;  // by SSRC
     };
@@ -79,6 +80,7 @@ private:
     Stream& streamTo(const Frame& frame);
     Party ownerOf(const Endpoint& address) const;
     std::string codecName(const Stream& stream) const;
+    std::string codecName(const Endpoint& destination, int payloadType) const;
     Json streamJson(const Stream& stream) const;
 
     CallInfo info_;
