@@ -42,7 +42,8 @@ const char* partyName(Party party)
 }
 
 Call::Call(CallInfo info, std::filesystem::path folder, FileCache& files)
-    : info_(std::move(info)), folder_(std::move(folder)), lastActivity_(info_.start), pcap_(files, folder_ / "call.pcap")
+    : info_(std::move(info)), folder_(std::move(folder)), lastActivity_(info_.start),
+      pcap_(files, folder_ / "call.pcap"), audio_(files, folder_)
 {
 }
 
@@ -70,6 +71,7 @@ std::vector<Endpoint> Call::replaceMedia(Party owner, std::vector<MediaAddress> 
         return true;
     });
     media_.erase(kept, media_.end());
+    ++mediaVersion_;
     for (MediaAddress& address : addresses) {
         address.owner = owner;
         media_.push_back(std::move(address));
@@ -81,8 +83,10 @@ void Call::addMedia(MediaAddress address)
 {
     const bool known = std::any_of(media_.begin(), media_.end(),
                                    [&](const MediaAddress& old) { return old.address == address.address; });
-    if (!known)
+    if (!known) {
         media_.push_back(std::move(address));
+        ++mediaVersion_;
+    }
 }
 
 void Call::recordSip(const Frame& frame)
@@ -111,16 +115,16 @@ void Call::recordRtp(const Frame& frame)
     ++stream.packets;
     stream.bytes += frame.payload.size();
     if (const auto packet = parseRtp(frame.payload)) {
-        const Codec* events = telephoneEvent(stream);
-        const bool event = events && packet->payloadType == events->payloadType;
+        const PayloadNames& names = namesOf(stream, packet->payloadType);
+        const bool event = names.events && packet->payloadType == names.events->payloadType;
         if (stream.payloadType < 0 && !event)
             stream.payloadType = packet->payloadType;
-        stream.quality.add(*packet, frame.arrival, clockRate(codecName(stream)), !event);
+        stream.quality.add(*packet, frame.arrival, names.clockRate, !event);
         if (event) {
-            dtmf_.add(*packet, frame.arrival, clockRate(events->name), partyName(stream.speaker));
+            dtmf_.add(*packet, frame.arrival, names.eventClockRate, partyName(stream.speaker));
             return;
         }
-        audio_.add(stream.channel, frame.arrival, *packet);
+        stream.decoded = audio_.add(stream.channel, frame.arrival, *packet, names.codec) || stream.decoded;
     }
 }
 
@@ -158,6 +162,20 @@ Call::Stream& Call::streamTo(const Frame& frame)
     return streams_.back();
 }
 
+const Call::PayloadNames& Call::namesOf(Stream& stream, int payloadType) const
+{
+    PayloadNames& names = stream.names;
+    if (names.mediaVersion != mediaVersion_ || names.payloadType != payloadType) {
+        names.mediaVersion = mediaVersion_;
+        names.payloadType = payloadType;
+        names.codec = codecName(stream.destination, payloadType);
+        names.clockRate = clockRate(names.codec);
+        names.events = telephoneEvent(stream);
+        names.eventClockRate = names.events ? clockRate(names.events->name) : 8000;
+    }
+    return names;
+}
+
 Party Call::ownerOf(const Endpoint& address) const
 {
     const auto found = std::find_if(media_.begin(), media_.end(),
@@ -165,15 +183,20 @@ Party Call::ownerOf(const Endpoint& address) const
     return found == media_.end() ? Party::Unknown : found->owner;
 }
 
-// The signalling's name for the stream's payload type, else the name it has without one.
 std::string Call::codecName(const Stream& stream) const
 {
+    return codecName(stream.destination, stream.payloadType);
+}
+
+// The signalling's name for a payload type sent to `destination`, else the name it has without one.
+std::string Call::codecName(const Endpoint& destination, int payloadType) const
+{
     for (const MediaAddress& media : media_)
-        if (media.address == stream.destination)
+        if (media.address == destination)
             for (const Codec& codec : media.codecs)
-                if (codec.payloadType == stream.payloadType && !codec.name.empty())
+                if (codec.payloadType == payloadType && !codec.name.empty())
                     return codec.name;
-    return staticPayloadName(stream.payloadType);
+    return staticPayloadName(payloadType);
 }
 
 // The RFC 4733 event codec that the stream's receiver offered, else that any party offered.
@@ -193,6 +216,7 @@ const Codec* Call::telephoneEvent(const Stream& stream) const
 void Call::close()
 {
     pcap_.close();
+    audio_.close();
 }
 
 // New fields follow the older ones, whose order readers rely on.
@@ -219,6 +243,7 @@ Json Call::streamJson(const Stream& stream) const
         {"bytes", stream.bytes},
         {"lost", quality.lost},
         {"out_of_order", quality.outOfOrder},
+        {"decoded", stream.decoded},
         {"wav_channel", stream.channel},
         {"duplicates", quality.duplicates},
         {"lost_before_first", quality.lostBeforeFirst},

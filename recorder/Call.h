@@ -64,25 +64,40 @@ public:
     void recordRtp(const Frame& frame);
 
     const CallAudio& audio() const { return audio_; }
-    // Closes call.pcap; the call records nothing more.
+    // Closes call.pcap and completes the audio's channel files; the call records nothing more.
     void close();
     Json toJson(bool wavWritten) const;
 
 private:
+    // What the signalling calls a stream's payload type, looked up once per type and media change
+    // rather than per packet.
+    struct PayloadNames {
+        uint64_t mediaVersion = 0;
+        int payloadType = -1;
+        std::string codec;
+        uint32_t clockRate = 8000;
+        const Codec* events = nullptr;  // the stream's RFC 4733 codec
+        uint32_t eventClockRate = 8000;
+    };
+
     struct Stream {
         Endpoint destination, source;
         Party speaker = Party::Unknown;
         int channel = 0;
         int payloadType = -1;
+        bool decoded = false;  // some of its audio is in call.wav
+        PayloadNames names;     // of the last payload type seen
         uint64_t packets = 0, bytes = 0;
         StreamQuality quality;
     };
 
+    const PayloadNames& namesOf(Stream& stream, int payloadType) const;
     Stream& streamTo(const Frame& frame);
     Party ownerOf(const Endpoint& address) const;
     std::string codecName(const Stream& stream) const;
     const Codec* telephoneEvent(const Stream& stream) const;
     void recordRtcp(const Frame& frame);
+    std::string codecName(const Endpoint& destination, int payloadType) const;
     Json streamJson(const Stream& stream) const;
 
     CallInfo info_;
@@ -92,6 +107,7 @@ private:
     uint64_t signallingPackets_ = 0;
     std::vector<std::string> descriptions_;  // H.323 texts as received
     std::vector<MediaAddress> media_;
+    uint64_t mediaVersion_ = 1;  // changes with media_, so that streams look their names up again
     std::vector<Stream> streams_;
     CallAudio audio_;
     DtmfEvents dtmf_;

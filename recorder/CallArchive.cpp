@@ -65,7 +65,7 @@ std::filesystem::path CallArchive::newFolder(TimePoint start, std::string_view c
 
 void CallArchive::store(Call& call)
 {
-    call.close();
+    call.close();  // completes the audio's channel files, which call.wav is assembled from
     const bool wav = !call.audio().empty() && call.audio().writeWav(call.folder() / "call.wav");
     const Json json = call.toJson(wav);
     writeText(call.folder() / "call.json", json.dump(2) + '\n', std::ios::trunc);

@@ -18,7 +18,7 @@ public:
     // A new, empty folder named after the call's start and its identifier.
     std::filesystem::path newFolder(TimePoint start, std::string_view callId);
 
-    // Closes the call's pcap, writes call.json and, when it has G.711 audio, call.wav; then
+    // Closes the call's pcap, writes call.json and, when it has decoded audio, call.wav; then
     // appends the call to the index.
     void store(Call& call);
 

@@ -223,23 +223,35 @@ void CallTracker::unroute(const Endpoint& address, const Call& call)
         unroute(rtcp, call);
 }
 
-// A call's routes are among its media addresses, so ending or finishing it costs a look-up per
-// address, not a walk over every route of every call. Commands go in address order.
+// A call's routes are its media addresses and their RTCP addresses, so ending or finishing it
+// costs a look-up per address, not a walk over every route of every call. In address order.
+std::vector<Endpoint> CallTracker::routesOf(const Call& call) const
+{
+    std::vector<Endpoint> addresses;
+    for (const MediaAddress& media : call.media()) {
+        const auto found = routes_.find(media.address);
+        if (found == routes_.end() || found->second.call != &call)
+            continue;
+        addresses.push_back(media.address);
+        const Endpoint rtcp = found->second.rtcp;
+        const auto control = routes_.find(rtcp);
+        if (rtcp.port != 0 && control != routes_.end() && control->second.call == &call)
+            addresses.push_back(rtcp);
+    }
+    std::sort(addresses.begin(), addresses.end());
+    return addresses;
+}
+
 void CallTracker::end(Call& call, std::string reason, TimePoint when)
 {
     log::info() << "Call " << call.name() << " ended: " << reason;
     call.end(std::move(reason), when);
-    std::vector<Endpoint> stopped;
-    for (const MediaAddress& media : call.media()) {
-        const auto found = routes_.find(media.address);
-        if (found != routes_.end() && found->second.call == &call && found->second.forwarded) {
-            found->second.forwarded = false;
-            stopped.push_back(media.address);
-        }
+    for (const Endpoint& address : routesOf(call)) {
+        Route& route = routes_[address];
+        if (route.forwarded)
+            sniffer_.send(CommandCode::RemoveRtp, address);
+        route.forwarded = false;
     }
-    std::sort(stopped.begin(), stopped.end());
-    for (const Endpoint& address : stopped)
-        sniffer_.send(CommandCode::RemoveRtp, address);
 }
 
 CallTracker::Calls::iterator CallTracker::finish(Calls::iterator found)
@@ -248,11 +260,8 @@ CallTracker::Calls::iterator CallTracker::finish(Calls::iterator found)
     archive_.store(call);
     log::info() << "Call " << call.name() << " recorded in " << call.folder().string();
     ++recorded_;
-    for (const MediaAddress& media : call.media()) {
-        const auto found = routes_.find(media.address);
-        if (found != routes_.end() && found->second.call == &call)
-            routes_.erase(found);
-    }
+    for (const Endpoint& address : routesOf(call))
+        routes_.erase(address);
     return calls_.erase(found);
 }
 

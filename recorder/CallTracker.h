@@ -61,6 +61,7 @@ private:
     // Routes `address` and, unless its port is 0, `rtcp` with it.
     void route(const Endpoint& address, Call& call, const Endpoint& rtcp = {});
     void unroute(const Endpoint& address, const Call& call);
+    std::vector<Endpoint> routesOf(const Call& call) const;
     void end(Call& call, std::string reason, TimePoint when);
     Calls::iterator finish(Calls::iterator found);
 

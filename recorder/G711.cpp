@@ -1,5 +1,7 @@
 #include "G711.h"
 
+#include <algorithm>
+
 namespace recorder {
 
 // μ-law: the code word is sent inverted; 3 exponent bits and 4 mantissa bits encode a magnitude
@@ -22,6 +24,15 @@ int16_t alawToLinear(uint8_t code)
     if (segment > 0)
         magnitude = (magnitude + 0x100) << (segment - 1);
     return static_cast<int16_t>((code & 0x80) ? magnitude : -magnitude);
+}
+
+std::vector<int16_t> G711Decoder::decode(std::string_view payload)
+{
+    const auto toLinear = law_ == Law::Mu ? ulawToLinear : alawToLinear;
+    std::vector<int16_t> samples(payload.size());
+    std::transform(payload.begin(), payload.end(), samples.begin(),
+                   [toLinear](char code) { return toLinear(static_cast<uint8_t>(code)); });
+    return samples;
 }
 
 }  // namespace recorder

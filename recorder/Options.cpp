@@ -66,7 +66,7 @@ std::string usage(const std::string& program)
          << "  -v, --verbose           also log each command sent and each RTP packet that belongs to no call\n"
          << "  -h, --help              print this help and exit\n\n"
          << "Each call goes to DIR/<start>_<call id>/: call.pcap (its SIP and RTP), call.json (parties,\n"
-         << "times, media, per-stream counts) and call.wav (G.711 audio, one channel per direction).\n"
+         << "times, media, per-stream counts) and call.wav (per direction; 16 kHz with G.722 or Opus, else 8 kHz).\n"
          << "SIGINT or SIGTERM finishes the open calls and exits.\n";
     return text.str();
 }

@@ -93,12 +93,12 @@ TEST_F(RecorderFiles, IndexHasOneLinePerCallInTheOrderTheyEndedAndCallJsonTheSam
     // Each stream counted with its losses and reordering.
     EXPECT_NE(calls[0].find(R"({"destination":"10.0.0.2:5000","source":"10.0.0.1:4000","speaker":"caller",)"
                             R"("payload_type":8,"codec":"PCMA/8000","packets":6,"bytes":1032,"lost":1,)"
-                            R"("out_of_order":1,"wav_channel":0,)"),
+                            R"("out_of_order":1,"decoded":true,"wav_channel":0,)"),
               std::string::npos)
         << calls[0];
     EXPECT_NE(calls[0].find(R"({"destination":"10.0.0.1:4000","source":"10.0.0.2:5000","speaker":"callee",)"
                             R"("payload_type":0,"codec":"PCMU/8000","packets":50,"bytes":8600,"lost":0,)"
-                            R"("out_of_order":0,"wav_channel":1,)"),
+                            R"("out_of_order":0,"decoded":true,"wav_channel":1,)"),
               std::string::npos)
         << calls[0];
 }

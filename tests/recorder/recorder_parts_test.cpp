@@ -1,6 +1,5 @@
 // The recorder's parsers and decoders on their own, where a fault would hide behind the
 // end-to-end tests.
-#include "CallAudio.h"
 #include "G711.h"
 #include "H323Description.h"
 #include "Rtp.h"
@@ -20,21 +19,6 @@ TEST(RecorderG711, DecodesTheCodeWordsAtTheEndsAndTheMiddle)
     const int alaw[][2] = {{0xd5, 8}, {0x55, -8}, {0xaa, 32256}, {0x2a, -32256}, {0xc5, 264}};
     for (const auto& [code, linear] : alaw)
         EXPECT_EQ(alawToLinear(static_cast<uint8_t>(code)), linear) << "A-law " << code;
-}
-
-TEST(RecorderAudio, TimestampsPlaceTheAudioWhateverTheArrivalButAJumpIsNotSilence)
-{
-    CallAudio audio;
-    const std::string payload(160, '\xd5');
-    const TimePoint start{};
-    // Twenty seconds of RTP time in steps of 5 s, arriving within milliseconds as a fast replay
-    // delivers them.
-    for (uint16_t i = 0; i <= 4; ++i)
-        audio.add(0, start + std::chrono::milliseconds(i), RtpPacket{kPcma, i, 40000u * i - (i ? 160 : 0), 7, payload});
-    EXPECT_DOUBLE_EQ(audio.duration(), 20.0);
-    // A timestamp an hour on resumes where the packet arrived instead of after an hour of silence.
-    audio.add(0, start + std::chrono::milliseconds(500), RtpPacket{kPcma, 5, 160000 + 8000 * 3600, 7, payload});
-    EXPECT_DOUBLE_EQ(audio.duration(), 20.0);
 }
 
 TEST(RecorderSdp, MediaLevelConnectionOverridesTheSessionsAndUnusableMediaIsLeftOut)

@@ -216,7 +216,7 @@ TEST(RecorderQuality, RecorderAsksForRtcpAndWritesTheQualityOfEachStream)
     // 20 ms packets: Ie,eff = 95 x 33.3 / (33.3 + 25.1) = 54.19, Id = 0.96, R = 38.05, MOS = 1.97.
     EXPECT_NE(calls[0].find(R"("streams":[{"destination":"10.0.0.2:5000","source":"10.0.0.1:4000",)"
                             R"("speaker":"caller","payload_type":8,"codec":"PCMA/8000","packets":12,)"
-                            R"("bytes":1284,"lost":6,"out_of_order":0,"wav_channel":0,"duplicates":0,)"
+                            R"("bytes":1284,"lost":6,"out_of_order":0,"decoded":true,"wav_channel":0,"duplicates":0,)"
                             R"("lost_before_first":5,"longest_gap_ms":140.000,"jitter_ms":10.000,)"
                             R"("rtcp_fraction_lost":0.250,"rtcp_cumulative_lost":6,"jitter_at_recorder_ms":)"),
               std::string::npos)
