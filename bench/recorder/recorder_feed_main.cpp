@@ -6,6 +6,9 @@
 // was written (the packets counted in calls.jsonl against the frames sent).
 //
 //   bench_recorder_feed --port P --output DIR --pid PID [--calls N] [--frames N] [--rate FPS]
+#include "Rtp.h"
+#include "Wire.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -38,22 +41,8 @@ struct Options {
     uint64_t rate = 0;
 };
 
-struct fwd_header {
-    uint16_t len;
-    uint8_t protocol;
-    uint32_t dst_ip;
-    uint16_t dst_port;
-    uint32_t src_ip;
-    uint16_t src_port;
-} __attribute__((packed));
-
-struct rtp_header {
-    uint8_t vpxcc;
-    uint8_t mpt;
-    uint16_t seq;
-    uint32_t ts;
-    uint32_t ssrc;
-} __attribute__((packed));
+using recorder::fwd_header;
+using recorder::rtp_header;
 
 constexpr size_t kPayload = 160;
 constexpr size_t kRtpFrame = sizeof(fwd_header) + sizeof(rtp_header) + kPayload;
