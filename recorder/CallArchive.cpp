@@ -42,13 +42,21 @@ bool writeText(const std::filesystem::path& path, const std::string& text, std::
 
 }  // namespace
 
+CallArchive::~CallArchive()
+{
+    finish();
+}
+
 bool CallArchive::prepare()
 {
     std::error_code error;
     std::filesystem::create_directories(root_, error);
-    if (error)
+    if (error) {
         log::error() << "Cannot create the output folder " << root_.string() << ": " << error.message();
-    return !error;
+        return false;
+    }
+    writer_ = std::thread([this] { writeCalls(); });
+    return true;
 }
 
 std::filesystem::path CallArchive::newFolder(TimePoint start, std::string_view callId)
@@ -63,9 +71,45 @@ std::filesystem::path CallArchive::newFolder(TimePoint start, std::string_view c
     return folder;
 }
 
-void CallArchive::store(Call& call)
+void CallArchive::store(std::unique_ptr<Call> call)
 {
-    call.close();  // completes the audio's channel files, which call.wav is assembled from
+    std::lock_guard<std::mutex> lock(mutex_);
+    queue_.push_back(std::move(call));
+    changed_.notify_one();
+}
+
+void CallArchive::finish()
+{
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        finishing_ = true;
+        changed_.notify_one();
+    }
+    if (writer_.joinable())
+        writer_.join();
+}
+
+void CallArchive::writeCalls()
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    for (;;) {
+        changed_.wait(lock, [this] { return finishing_ || !queue_.empty(); });
+        if (queue_.empty())
+            return;
+        std::unique_ptr<Call> call = std::move(queue_.front());
+        queue_.pop_front();
+        lock.unlock();
+        write(*call);
+        log::info() << "Call " << call->name() << " recorded in " << call->folder().string();
+        call.reset();
+        lock.lock();
+    }
+}
+
+// The call was closed on the thread that recorded it: its pcap and audio channel files are
+// complete, and call.wav is assembled from the latter.
+void CallArchive::write(Call& call)
+{
     const bool wav = !call.audio().empty() && call.audio().writeWav(call.folder() / "call.wav");
     const Json json = call.toJson(wav);
     writeText(call.folder() / "call.json", json.dump(2) + '\n', std::ios::trunc);

@@ -2,28 +2,50 @@
 
 #include "Call.h"
 
+#include <condition_variable>
+#include <deque>
 #include <filesystem>
+#include <memory>
+#include <mutex>
 #include <string_view>
+#include <thread>
 
 namespace recorder {
 
 // The output folder: one sub-folder per call and the index calls.jsonl, one line per finished call.
+// Finished calls are written on a thread of the archive's own, in the order they are given: a
+// long call's call.wav takes a while to assemble, and the thread that follows calls must not
+// wait for it.
 class CallArchive {
 public:
     explicit CallArchive(std::filesystem::path root) : root_(std::move(root)) {}
+    ~CallArchive();
+    CallArchive(const CallArchive&) = delete;
+    CallArchive& operator=(const CallArchive&) = delete;
 
+    // Creates the folder and starts the writing thread.
     bool prepare();
     const std::filesystem::path& root() const { return root_; }
 
     // A new, empty folder named after the call's start and its identifier.
     std::filesystem::path newFolder(TimePoint start, std::string_view callId);
 
-    // Closes the call's pcap, writes call.json and, when it has decoded audio, call.wav; then
+    // Takes a closed call: writes call.json and, when it has decoded audio, call.wav; then
     // appends the call to the index.
-    void store(Call& call);
+    void store(std::unique_ptr<Call> call);
+    // Returns once every call given is written.
+    void finish();
 
 private:
+    void writeCalls();
+    void write(Call& call);
+
     std::filesystem::path root_;
+    std::thread writer_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<std::unique_ptr<Call>> queue_;
+    bool finishing_ = false;
 };
 
 }  // namespace recorder

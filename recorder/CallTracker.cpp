@@ -257,11 +257,11 @@ void CallTracker::end(Call& call, std::string reason, TimePoint when)
 CallTracker::Calls::iterator CallTracker::finish(Calls::iterator found)
 {
     Call& call = *found->second.call;
-    archive_.store(call);
-    log::info() << "Call " << call.name() << " recorded in " << call.folder().string();
-    ++recorded_;
+    call.close();
     for (const Endpoint& address : routesOf(call))
         routes_.erase(address);
+    ++recorded_;
+    archive_.store(std::move(found->second.call));
     return calls_.erase(found);
 }
 

@@ -46,6 +46,7 @@ int Recorder::run(const sigset_t& stopSignals)
     link_.join();
     log::info() << "Stopping";
     tracker_.finishAll(Clock::now());
+    archive_.finish();
     logStats();
     return 0;
 }

@@ -301,7 +301,14 @@ void writeTick(FrameWriter& out, const TrafficPlan& plan, long tick, long start,
             events.push_back({base + static_cast<long>(random.next() % tickMicros), kind,
                               static_cast<int>(random.next() % static_cast<uint32_t>(modulo))});
     };
-    spread(rates.sip.next(), Kind::Sip, plan.calls);
+    // In-dialog requests go to calls that have been set up: a message before its call's INVITE
+    // belongs to no call, and no recorder would be expected to keep it.
+    int started = 0;
+    while (started < plan.calls && firstTick(plan, tickCount(plan), started) <= tick)
+        ++started;
+    const int sipMessages = rates.sip.next();
+    if (started > 0)
+        spread(sipMessages, Kind::Sip, started);
     spread(rates.udpNoise.next(), Kind::UdpNoise, 1);
     spread(rates.tcpNoise.next(), Kind::TcpNoise, 1);
     spread(rates.h323.next(), Kind::H323, 2);
