@@ -1,6 +1,7 @@
 #include "G711.h"
 
 #include <algorithm>
+#include <array>
 
 namespace recorder {
 
@@ -26,12 +27,28 @@ int16_t alawToLinear(uint8_t code)
     return static_cast<int16_t>((code & 0x80) ? magnitude : -magnitude);
 }
 
+namespace {
+
+using Table = std::array<int16_t, 256>;
+
+Table tableOf(int16_t (*toLinear)(uint8_t))
+{
+    Table table;
+    for (int code = 0; code < 256; ++code)
+        table[static_cast<size_t>(code)] = toLinear(static_cast<uint8_t>(code));
+    return table;
+}
+
+}  // namespace
+
+// Every code word decoded once: a packet is then a table look-up per sample.
 std::vector<int16_t> G711Decoder::decode(std::string_view payload)
 {
-    const auto toLinear = law_ == Law::Mu ? ulawToLinear : alawToLinear;
+    static const Table mu = tableOf(ulawToLinear), a = tableOf(alawToLinear);
+    const Table& table = law_ == Law::Mu ? mu : a;
     std::vector<int16_t> samples(payload.size());
     std::transform(payload.begin(), payload.end(), samples.begin(),
-                   [toLinear](char code) { return toLinear(static_cast<uint8_t>(code)); });
+                   [&table](char code) { return table[static_cast<uint8_t>(code)]; });
     return samples;
 }
 
