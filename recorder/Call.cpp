@@ -1,5 +1,7 @@
 #include "Call.h"
 
+#include "PcapReader.h"
+
 #include "EModel.h"
 #include "Rtcp.h"
 
@@ -43,7 +45,7 @@ const char* partyName(Party party)
 
 Call::Call(CallInfo info, std::filesystem::path folder, FileCache& files)
     : info_(std::move(info)), folder_(std::move(folder)), lastActivity_(info_.start),
-      pcap_(files, folder_ / "call.pcap"), audio_(files, folder_)
+      pcap_(files, folder_ / "call.pcap")
 {
 }
 
@@ -120,11 +122,8 @@ void Call::recordRtp(const Frame& frame)
         if (stream.payloadType < 0 && !event)
             stream.payloadType = packet->payloadType;
         stream.quality.add(*packet, frame.arrival, names.clockRate, !event);
-        if (event) {
+        if (event)
             dtmf_.add(*packet, frame.arrival, names.eventClockRate, partyName(stream.speaker));
-            return;
-        }
-        stream.decoded = audio_.add(stream.channel, frame.arrival, *packet, names.codec) || stream.decoded;
     }
 }
 
@@ -216,7 +215,28 @@ const Codec* Call::telephoneEvent(const Stream& stream) const
 void Call::close()
 {
     pcap_.close();
-    audio_.close();
+}
+
+// Every RTP packet of a stream is in call.pcap with its arrival time, so the audio comes out as
+// it would have from the packets as they came. Payload types are named by the media as the call
+// ended.
+void Call::decodeAudio(CallAudio& audio)
+{
+    PcapReader pcap;
+    if (!pcap.open(folder_ / "call.pcap"))
+        return;
+    PcapReader::Datagram datagram;
+    while (pcap.next(datagram)) {
+        const auto stream = std::find_if(streams_.begin(), streams_.end(),
+                                         [&](const Stream& s) { return s.destination == datagram.destination; });
+        const auto packet = stream == streams_.end() ? std::nullopt : parseRtp(datagram.payload);
+        if (!packet)
+            continue;  // signalling or RTCP
+        const PayloadNames& names = namesOf(*stream, packet->payloadType);
+        if (names.events && packet->payloadType == names.events->payloadType)
+            continue;
+        stream->decoded = audio.add(stream->channel, datagram.arrival, *packet, names.codec) || stream->decoded;
+    }
 }
 
 // New fields follow the older ones, whose order readers rely on.

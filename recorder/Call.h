@@ -63,9 +63,11 @@ public:
     void recordH323(const Frame& frame);
     void recordRtp(const Frame& frame);
 
-    const CallAudio& audio() const { return audio_; }
-    // Closes call.pcap and completes the audio's channel files; the call records nothing more.
+    // Closes call.pcap; the call records nothing more.
     void close();
+    // Once closed: replays the RTP of call.pcap into `audio`, marking the streams it decoded.
+    // The archive does this on its own thread, so that decoding costs the recording nothing.
+    void decodeAudio(CallAudio& audio);
     Json toJson(bool wavWritten) const;
 
 private:
@@ -109,7 +111,6 @@ private:
     std::vector<MediaAddress> media_;
     uint64_t mediaVersion_ = 1;  // changes with media_, so that streams look their names up again
     std::vector<Stream> streams_;
-    CallAudio audio_;
     DtmfEvents dtmf_;
 };
 

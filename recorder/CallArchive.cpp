@@ -106,11 +106,14 @@ void CallArchive::writeCalls()
     }
 }
 
-// The call was closed on the thread that recorded it: its pcap and audio channel files are
-// complete, and call.wav is assembled from the latter.
+// The call was closed on the thread that recorded it: its pcap is complete, and call.wav is
+// decoded from it here.
 void CallArchive::write(Call& call)
 {
-    const bool wav = !call.audio().empty() && call.audio().writeWav(call.folder() / "call.wav");
+    CallAudio audio(audioFiles_, call.folder());
+    call.decodeAudio(audio);
+    audio.close();
+    const bool wav = !audio.empty() && audio.writeWav(call.folder() / "call.wav");
     const Json json = call.toJson(wav);
     writeText(call.folder() / "call.json", json.dump(2) + '\n', std::ios::trunc);
     writeText(root_ / "calls.jsonl", json.dump() + '\n', std::ios::app);

@@ -14,8 +14,8 @@ namespace recorder {
 
 // The output folder: one sub-folder per call and the index calls.jsonl, one line per finished call.
 // Finished calls are written on a thread of the archive's own, in the order they are given: a
-// long call's call.wav takes a while to assemble, and the thread that follows calls must not
-// wait for it.
+// call's audio is decoded from its pcap and call.wav assembled there, and the thread that
+// follows calls never waits for it.
 class CallArchive {
 public:
     explicit CallArchive(std::filesystem::path root) : root_(std::move(root)) {}
@@ -41,6 +41,7 @@ private:
     void write(Call& call);
 
     std::filesystem::path root_;
+    FileCache audioFiles_{8};  // the writing thread's: one call's audio channels at a time
     std::thread writer_;
     std::mutex mutex_;
     std::condition_variable changed_;
