@@ -82,6 +82,11 @@ void SngDissector::producePacket(const pcap_pkthdr& header, const u_char* packet
     packetQueue.push(header, packet);
 }
 
+void SngDissector::producePacket(const pcap_pkthdr& header, const u_char* linkHeader, std::size_t linkLength,
+                                 const u_char* rest) {
+    packetQueue.push(header, linkHeader, linkLength, rest);
+}
+
 void SngDissector::producePacket(SniffedPacket& p) {
     packetQueue.push(*p.header, p.packet);
     p.release();

@@ -105,6 +105,9 @@ public:
 
     // Queue (capture threads produce, one consumer drains).
     void producePacket(const pcap_pkthdr& header, const u_char* packet);
+    // A frame whose link header was replaced (see PacketQueue::push).
+    void producePacket(const pcap_pkthdr& header, const u_char* linkHeader, std::size_t linkLength,
+                       const u_char* rest);
     void producePacket(SniffedPacket& p);
     void consumePacket();
     void clearQueue();
