@@ -178,6 +178,8 @@ private:
     void releaseConnections();
     void logRtpChange(const char* heading, u_int rtpIp, u_short rtpPort);
     void logDroppedIp(const char* heading, const sniff_ip* ip);
+    // Where the IP header starts behind the Ethernet header and at most two tags.
+    static int classicLinkLength(const u_char* frame);
 
     Sniffer* sniffer = nullptr;
     our_header ohdr{};

@@ -9,6 +9,7 @@
 #include <log4cxx/propertyconfigurator.h>
 
 #include "Config.h"
+#include "Decapsulator.h"
 #include "SngDissector.h"
 #include "SnifferConfig.h"
 #include "StringTokenizer.h"
@@ -277,7 +278,7 @@ bool Sniffer::useLinkType(int i) {
         handle[i] = nullptr;
         return false;
     }
-    linkLayer[i] = LinkLayer(linkType, LinkLayer::onlyIpv4);
+    linkLayer[i] = LinkLayer(linkType, options.decapsulate ? Decapsulator::readsEtherType : LinkLayer::onlyIpv4);
     return true;
 }
 

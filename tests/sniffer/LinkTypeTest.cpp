@@ -19,10 +19,6 @@ const Endpoint phone{"10.1.0.1", 5060}, proxy{"10.1.0.2", 5070};
 const Bytes invite = bytesOf("INVITE sip:bob@example.com SIP/2.0\r\n\r\n");
 const Bytes ringing = bytesOf("SIP/2.0 180 Ringing\r\n\r\n");
 
-Bytes withoutEthernet(const Bytes& frame) {
-    return Bytes(frame.begin() + 14, frame.end());
-}
-
 const Bytes inviteIp = withoutEthernet(udpFrame(phone, proxy, invite));
 const Bytes ringingIp = withoutEthernet(udpFrame(proxy, phone, ringing));
 const Bytes arpBody = {0x00, 0x01, 0x08, 0x00, 0x06, 0x04, 0x00, 0x01, 0x02, 0, 0, 0, 0, 0x01,
@@ -118,6 +114,25 @@ TEST_F(LinkTypes, EachLinkTypeForwardsItsIpv4SipAndDropsRuntsAndOtherProtocolsSi
         expectSip(got[1], proxy, phone, ringing);
     }
     EXPECT_FALSE(containsPrefix(log, "ERROR", ""));
+}
+
+TEST_F(LinkTypes, CookedFramesCarryingLabelsAreReadOnlyWithDecapsulation) {
+    const std::string path = dir.file("labels.pcap");
+    writeCapture(path, DLT_LINUX_SLL,
+                 {behind(cooked(0x8847), behind({0, 1, 1, 64}, inviteIp)), behind(cooked(0x0800), ringingIp)});
+    for (const char* decapsulate : {"no", "yes"}) {
+        SCOPED_TRACE(decapsulate);
+        const OptionInEnvironment option("Decapsulate", decapsulate);
+        const auto run = start("file:" + path);
+        ASSERT_EQ(0, run->setupResult());
+        const bool labelsRead = std::string(decapsulate) == "yes";
+        // Forwarded, the INVITE would come before the 180, the file's last frame.
+        const auto got = recorder.next(labelsRead ? 2u : 1u);
+        ASSERT_EQ(labelsRead ? 2u : 1u, got.size());
+        if (labelsRead)
+            expectSip(got.front(), phone, proxy, invite);
+        expectSip(got.back(), proxy, phone, ringing);
+    }
 }
 
 TEST_F(LinkTypes, DeviceOfAnUnsupportedLinkTypeIsSkippedWithAnError) {
