@@ -85,11 +85,12 @@ enum class Next { Ethernet, ByEtherType, ByIpProtocol, Found, Drop };
 struct Walk {
     const u_char* frame;
     int length;
-    int at = 0;               // where the next layer starts
-    int ipAt = -1;            // the last IPv4 header read
-    uint16_t etherType = 0;   // names the next layer after ByEtherType
-    u_char ipProtocol = 0;    // names the next layer after ByIpProtocol
+    int at = 0;              // where the next layer starts
+    int ipAt = -1;           // the last IPv4 header read
+    uint16_t etherType = 0;  // names the next layer after ByEtherType
+    u_char ipProtocol = 0;   // names the next layer after ByIpProtocol
 
+    // The header at `at` when the frame holds it and `extra` bytes more.
     template <typename Header>
     const Header* take(int extra = 0) const {
         return at + int(sizeof(Header)) + extra <= length ? reinterpret_cast<const Header*>(frame + at) : nullptr;
