@@ -48,8 +48,20 @@ std::string showLinkMode(const EngineOptions& options) {
     return options.reliable() ? "reliable" : "classic";
 }
 
+bool parseDecapsulate(const std::string& value, EngineOptions& options) {
+    if (value != "yes" && value != "no")
+        return false;
+    options.decapsulate = value == "yes";
+    return true;
+}
+
+std::string showDecapsulate(const EngineOptions& options) {
+    return options.decapsulate ? "yes" : "no";
+}
+
 const ChoiceKey choiceKeys[] = {
     {"LinkMode", parseLinkMode, showLinkMode},
+    {"Decapsulate", parseDecapsulate, showDecapsulate},
 };
 
 bool parseNumber(const std::string& text, long min, long max, int& out) {

@@ -29,6 +29,9 @@ public:
     int preRollLimitMiB = 64;
     int statsIntervalS = 60;               // 0: counters only at stop
 
+    // Classification.
+    bool decapsulate = false;  // read IPv4 under tag stacks, labels and tunnels
+
     // A key's value as given, empty when it is not given.
     using Lookup = std::function<std::string(const std::string& key)>;
 

@@ -15,7 +15,13 @@ constexpr std::size_t recordBytes(std::size_t frameLength) {
 }  // namespace
 
 void PacketQueue::push(const pcap_pkthdr& header, const u_char* packet) {
+    push(header, packet, 0, packet);
+}
+
+void PacketQueue::push(const pcap_pkthdr& header, const u_char* linkHeader, std::size_t linkLength,
+                       const u_char* rest) {
     const std::size_t copied = std::min(header.caplen, header.len);
+    linkLength = std::min(linkLength, copied);
     bool wakeConsumer;
     {
         std::lock_guard<std::mutex> guard(queueLock);
@@ -26,7 +32,8 @@ void PacketQueue::push(const pcap_pkthdr& header, const u_char* packet) {
         }
         u_char* at = reserve(bytes);
         new (at) pcap_pkthdr(header);
-        std::memcpy(at + headerBytes, packet, copied);
+        std::memcpy(at + headerBytes, linkHeader, linkLength);
+        std::memcpy(at + headerBytes + linkLength, rest, copied - linkLength);
         std::memset(at + headerBytes + copied, 0, header.len - copied + framePadding);
         pendingFrames.store(pendingFrames.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
         ++pushCount;

@@ -41,6 +41,10 @@ public:
     // Any capture thread: appends a copy of the frame, or drops it when a
     // limit is set and the frames waiting already fill it.
     void push(const pcap_pkthdr& header, const u_char* packet);
+    // The same for a frame whose link header was replaced: the queued frame
+    // is `linkLength` bytes of `linkHeader`, then `rest`; the header's
+    // lengths count both.
+    void push(const pcap_pkthdr& header, const u_char* linkHeader, std::size_t linkLength, const u_char* rest);
 
     // Bounds the memory of waiting frames (0: unbounded, the default): past
     // it the capture side drops frames instead of the link being dropped.

@@ -9,6 +9,7 @@
 #include <time.h>
 
 #include "AddressText.h"
+#include "Decapsulator.h"
 #include "EmbeddedConnection.h"
 #include "H323Parser.h"
 #include "ReliableConnection.h"
@@ -82,6 +83,11 @@ void SngDissector::producePacket(const pcap_pkthdr& header, const u_char* packet
     packetQueue.push(header, packet);
 }
 
+void SngDissector::producePacket(const pcap_pkthdr& header, const u_char* linkHeader, std::size_t linkLength,
+                                 const u_char* rest) {
+    packetQueue.push(header, linkHeader, linkLength, rest);
+}
+
 void SngDissector::producePacket(SniffedPacket& p) {
     packetQueue.push(*p.header, p.packet);
     p.release();
@@ -126,15 +132,10 @@ void SngDissector::processPacket(u_char* /*args*/, const pcap_pkthdr* header, u_
     const u_char* frame = *packet;
     const int frameLength = static_cast<int>(header->len);
 
-    int linkLength = sizeof(sniff_ethernet);
-    const auto* ethernet = reinterpret_cast<const sniff_ethernet*>(frame);
-    const uint16_t etherType = static_cast<uint16_t>(ethernet->ether_type[0] << 8 | ethernet->ether_type[1]);
-    if (etherType == etherTypeVlan)
-        linkLength = 18;
-    else if (etherType == etherTypeQinQ)
-        linkLength = 22;  // an 802.1ad frame carries an inner 802.1Q tag as well
+    const int linkLength =
+        options.decapsulate ? Decapsulator::innerIpOffset(frame, frameLength) : classicLinkLength(frame);
     // A runt that cannot hold an IP header is dropped before it is read.
-    if (linkLength + minimumIpHeaderLength > frameLength)
+    if (linkLength < 0 || linkLength + minimumIpHeaderLength > frameLength)
         return;
 
     const auto* ip = reinterpret_cast<const sniff_ip*>(frame + linkLength);
@@ -154,6 +155,17 @@ void SngDissector::processPacket(u_char* /*args*/, const pcap_pkthdr* header, u_
         processTcp(*packet, header, sizeHeader);
     else
         logDroppedIp("*** Dropping IP packet with unknown upper layer protocol\n", ip);
+}
+
+// The frame's padding makes its EtherType readable even in a runt.
+int SngDissector::classicLinkLength(const u_char* frame) {
+    const auto* ethernet = reinterpret_cast<const sniff_ethernet*>(frame);
+    const uint16_t etherType = static_cast<uint16_t>(ethernet->ether_type[0] << 8 | ethernet->ether_type[1]);
+    if (etherType == etherTypeVlan)
+        return 18;
+    if (etherType == etherTypeQinQ)
+        return 22;  // an 802.1ad frame carries an inner 802.1Q tag as well
+    return sizeof(sniff_ethernet);
 }
 
 // The 16-bit fields are shown as the host reads the frame's bytes, unswapped:

@@ -105,6 +105,9 @@ public:
 
     // Queue (capture threads produce, one consumer drains).
     void producePacket(const pcap_pkthdr& header, const u_char* packet);
+    // A frame whose link header was replaced (see PacketQueue::push).
+    void producePacket(const pcap_pkthdr& header, const u_char* linkHeader, std::size_t linkLength,
+                       const u_char* rest);
     void producePacket(SniffedPacket& p);
     void consumePacket();
     void clearQueue();
@@ -175,6 +178,8 @@ private:
     void releaseConnections();
     void logRtpChange(const char* heading, u_int rtpIp, u_short rtpPort);
     void logDroppedIp(const char* heading, const sniff_ip* ip);
+    // Where the IP header starts behind the Ethernet header and at most two tags.
+    static int classicLinkLength(const u_char* frame);
 
     Sniffer* sniffer = nullptr;
     our_header ohdr{};

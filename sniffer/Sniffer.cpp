@@ -9,11 +9,13 @@
 #include <log4cxx/propertyconfigurator.h>
 
 #include "Config.h"
+#include "Decapsulator.h"
 #include "SngDissector.h"
 #include "SnifferConfig.h"
 #include "StringTokenizer.h"
 
 pcap_t* Sniffer::handle[maxDevices] = {};
+LinkLayer Sniffer::linkLayer[maxDevices];
 pthread_t Sniffer::thread[maxDevices];
 bool Sniffer::threadStarted[maxDevices] = {};
 bool Sniffer::deviceDown[maxDevices] = {true};
@@ -265,6 +267,21 @@ bool Sniffer::compileAndInstallFilter(int i) {
     return true;
 }
 
+bool Sniffer::useLinkType(int i) {
+    const int linkType = pcap_datalink(handle[i]);
+    if (!LinkLayer::reads(linkType)) {
+        const char* name = pcap_datalink_val_to_name(linkType);
+        LOG4CXX_ERROR(logger, "Couldn't use device " << device[i] << ": link type "
+                                                     << (name ? name : std::to_string(linkType))
+                                                     << " is not supported");
+        pcap_close(handle[i]);
+        handle[i] = nullptr;
+        return false;
+    }
+    linkLayer[i] = LinkLayer(linkType, options.decapsulate ? Decapsulator::readsEtherType : LinkLayer::onlyIpv4);
+    return true;
+}
+
 int Sniffer::setupSniffing() {
     displayConfig();
     const std::string changed = options.describeChanges();
@@ -272,7 +289,7 @@ int Sniffer::setupSniffing() {
         LOG4CXX_INFO(logger, "Opt-in settings: " << changed);
     endMain = false;
     for (int i = 0; i < deviceCount; ++i) {
-        if (!getHandle(i)) {
+        if (!getHandle(i) || !useLinkType(i)) {
             deviceDown[i] = true;
             continue;
         }
@@ -343,14 +360,15 @@ void Sniffer::startSniffing() {
 
 void* Sniffer::startLoop(void* idp) {
     const int i = *static_cast<int*>(idp);
-    const long rc = pcap_loop(handle[i], count, gotPacket, nullptr);
+    const long rc = pcap_loop(handle[i], count, gotPacket, reinterpret_cast<u_char*>(&linkLayer[i]));
     if (rc == PCAP_ERROR)
         LOG4CXX_ERROR(logger, "Capture on device " << i << " ended: " << pcap_geterr(handle[i]));
     --capturesRunning;
     return reinterpret_cast<void*>(rc);
 }
 
-void Sniffer::gotPacket(u_char* /*args*/, const pcap_pkthdr* header, const u_char* packet) {
+// `args` is the device's LinkLayer; none (a caller of its own) means Ethernet.
+void Sniffer::gotPacket(u_char* args, const pcap_pkthdr* header, const u_char* packet) {
     SngDissector* target = SngDissector::dft();
     if (getEndMain() || !target)
         return;
@@ -358,9 +376,21 @@ void Sniffer::gotPacket(u_char* /*args*/, const pcap_pkthdr* header, const u_cha
     // as large as the claim.
     if (header->len > maxWireLength)
         return;
+    const auto* link = reinterpret_cast<const LinkLayer*>(args);
+    if (link && !link->isEthernet()) {
+        queueAsEthernet(*target, *link, *header, packet);
+        return;
+    }
     // The queue copies the frame as long as it was on the wire; beyond the
     // captured bytes (only past the snap length) it reads as zeros.
     target->producePacket(*header, packet);
+}
+
+void Sniffer::queueAsEthernet(SngDissector& target, const LinkLayer& link, const pcap_pkthdr& header,
+                              const u_char* packet) {
+    LinkLayer::AsEthernet frame;
+    if (link.asEthernet(header, packet, frame))
+        target.producePacket(frame.header, frame.ethernet, LinkLayer::ethernetHeaderLength, frame.rest);
 }
 
 void Sniffer::stopSniffing() {

@@ -11,6 +11,7 @@
 #include <log4cxx/logger.h>
 
 #include "EngineOptions.h"
+#include "LinkLayer.h"
 #include "StatsReporter.h"
 
 class SngDissector;
@@ -95,6 +96,11 @@ private:
     // The counters of the run as one line (see README, "Counters").
     std::string describeStats() const;
     bool compileAndInstallFilter(int i);
+    // Chooses how device i's frames are read from its link type; false,
+    // with an ERROR, for a link type the engine does not read.
+    bool useLinkType(int i);
+    static void queueAsEthernet(SngDissector& target, const LinkLayer& link, const pcap_pkthdr& header,
+                                const u_char* packet);
     void startCaptureThreads();
 
     int threadId[maxDevices];
@@ -127,6 +133,7 @@ private:
     std::unique_ptr<StatsReporter> statsReporter;
 
     static pcap_t* handle[maxDevices];
+    static LinkLayer linkLayer[maxDevices];
     static pthread_t thread[maxDevices];
     static bool threadStarted[maxDevices];
     static bool deviceDown[maxDevices];

@@ -4,11 +4,17 @@
 // which drives the RTP list with its commands.
 #include <gtest/gtest.h>
 
+#include <pcap.h>
+
+#include "CaptureFile.h"
+#include "ChildProcess.h"
+#include "Decapsulator.h"
 #include "Frames.h"
 #include "LogCapture.h"
 #include "LogSearch.h"
 #include "Recorder.h"
 #include "SnifferRun.h"
+#include "Tshark.h"
 
 namespace {
 const Bytes markerPayload = bytesOf("SIP/2.0 200 marker");
@@ -181,4 +187,115 @@ TEST_F(Forwarding, SipIsRecognisedByItsStartLineAlone) {
         EXPECT_EQ(1, sent.protocol());
         EXPECT_EQ(payload, sent.payload());
     }
+}
+
+// ---------------------------------------------------------------- tunnels
+
+namespace {
+const Endpoint phone{"10.1.0.1", 5060}, proxy{"10.1.0.2", 5070};
+const char* const tunnelStart = "192.0.2.1";
+const char* const tunnelEnd = "192.0.2.2";
+const Bytes invite = bytesOf("INVITE sip:bob@example.com SIP/2.0\r\n\r\n");
+
+Bytes joined(std::initializer_list<Bytes> parts) {
+    Bytes all;
+    for (const Bytes& part : parts)
+        all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+Bytes overIp(uint8_t protocol, const Bytes& body) {
+    return etherFrame(etherTypeIpv4, ipPacket(protocol, tunnelStart, tunnelEnd, body));
+}
+
+struct Tunnel {
+    const char* name;
+    Bytes frame;
+};
+
+// The INVITE from the phone to the proxy, carried every way the engine reads.
+std::vector<Tunnel> tunnels() {
+    const Bytes ethernet = udpFrame(phone, proxy, invite);
+    const Bytes ip = withoutEthernet(ethernet);
+    const Bytes sequence = {0, 0, 0, 7};
+    const Bytes vxlan = {0x08, 0, 0, 0, 0, 0, 0x2A, 0};
+    const uint16_t vxlanLength = uint16_t(16 + ethernet.size());
+    return {
+        {"802.1ad, 802.1Q and 802.1Q tags", etherFrame(etherTypeQinQ, joined({{0, 100, 0x81, 0}, {0, 200, 0x81, 0},
+                                                                               {1, 44, 0x08, 0x00}, ip}))},
+        {"two MPLS labels", etherFrame(0x8847, joined({{0, 1, 0, 64}, {0, 2, 1, 64}, ip}))},
+        {"GRE with checksum, key and sequence number",
+         overIp(47, joined({{0xB0, 0, 0x08, 0x00}, {0xAB, 0xCD, 0, 0}, {0, 0, 0, 9}, sequence, ip}))},
+        {"ERSPAN type II", overIp(47, joined({{0x10, 0, 0x88, 0xBE}, sequence, {0x10, 100, 0, 1, 0, 0, 0, 0}, ethernet}))},
+        {"ERSPAN type III with its subheader",
+         overIp(47, joined({{0x10, 0, 0x22, 0xEB}, sequence, {0x20, 100, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0x01}, Bytes(8, 0),
+                            ethernet}))},
+        {"IP in IP", overIp(4, ip)},
+        {"VXLAN", overIp(17, joined({{0xC0, 0, 0x12, 0xB5, uint8_t(vxlanLength >> 8), uint8_t(vxlanLength), 0, 0}, vxlan,
+                                     ethernet}))},
+    };
+}
+}  // namespace
+
+class Decapsulating : public Forwarding {
+protected:
+    OptionInEnvironment decapsulate{"Decapsulate", "yes"};
+};
+
+TEST_F(Decapsulating, SipInEveryTunnelIsForwardedWholeWithTheInnerAddressesThatTsharkReads) {
+    const std::vector<Tunnel> all = tunnels();
+    const TempDir dir;
+    std::vector<Bytes> frames;
+    for (const Tunnel& tunnel : all)
+        frames.push_back(tunnel.frame);
+    writeCapture(dir.file("tunnels.pcap"), DLT_EN10MB, frames);
+    const std::vector<std::string> oracle = tshark::innermostAddresses(dir.file("tunnels.pcap"));
+    ASSERT_EQ(all.size(), oracle.size());
+
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        SCOPED_TRACE(all[i].name);
+        const ForwardedFrame frame = forwarded(all[i].frame);
+        EXPECT_EQ(1, frame.protocol());
+        EXPECT_EQ(static_cast<int>(15 + invite.size()), frame.length());
+        EXPECT_EQ("10.1.0.2:5070", frame.destination());
+        EXPECT_EQ("10.1.0.1:5060", frame.source());
+        EXPECT_EQ(invite, frame.payload());
+        EXPECT_EQ("10.1.0.1>10.1.0.2", oracle[i]);
+    }
+    EXPECT_TRUE(log.contains("INFO", "Opt-in settings: Decapsulate=yes"));
+    EXPECT_FALSE(containsPrefix(log, "ERROR", ""));
+}
+
+// Cut anywhere before the SIP message, or buried too deep, a frame is
+// dropped without a read past its end and without a log line.
+TEST_F(Decapsulating, CutAndTooDeeplyNestedFramesAreDroppedSilently) {
+    for (const Tunnel& tunnel : tunnels())
+        for (std::size_t n = 1; n < tunnel.frame.size() - invite.size(); ++n)
+            capture(Bytes(tunnel.frame.begin(), tunnel.frame.begin() + n));
+    Bytes tags;
+    for (int i = 0; i < Decapsulator::maxLayers; ++i)
+        tags.insert(tags.end(), {0, 100, 0x81, 0});
+    expectDropped(etherFrame(etherTypeVlan, joined({tags, withoutEthernet(udpFrame(phone, proxy, invite))})));
+    EXPECT_FALSE(containsPrefix(log, "ERROR", ""));
+}
+
+// By default a tunnel is what the classic dissector makes of it: a VXLAN
+// datagram to a listed destination goes out as it is, the other tunnels
+// are dropped with the IP header they seemed to have.
+TEST_F(Forwarding, TunnelsAreNotEnteredWithoutTheKey) {
+    ASSERT_TRUE(recorder.apply({command(1, tunnelEnd, 4789)}));
+    for (const Tunnel& tunnel : tunnels()) {
+        SCOPED_TRACE(tunnel.name);
+        if (std::string(tunnel.name) != "VXLAN") {
+            expectDropped(tunnel.frame);
+            continue;
+        }
+        const ForwardedFrame frame = forwarded(tunnel.frame);
+        EXPECT_EQ(2, frame.protocol());
+        EXPECT_EQ("192.0.2.2:4789", frame.destination());
+        EXPECT_EQ("192.0.2.1:49152", frame.source());
+        EXPECT_EQ(Bytes(tunnel.frame.begin() + 42, tunnel.frame.end()), frame.payload());
+    }
+    EXPECT_EQ(4, countPrefix(log, "*** Dropping IP packet with unknown upper layer protocol"));
+    EXPECT_EQ(2, countPrefix(log, "*** Dropping IP packet with unknown IP header"));
 }

@@ -100,6 +100,24 @@ Bytes ipFrame(uint8_t protocol, uint16_t totalLength, uint16_t id, uint16_t frag
                    ipHeader(protocol, totalLength, id, fragment, ttl, checksum, "10.0.0.1", "10.0.0.2"), {}, body);
 }
 
+Bytes ipPacket(uint8_t protocol, const char* src, const char* dst, const Bytes& body) {
+    Bytes packet = ipHeader(protocol, uint16_t(20 + body.size()), 0x1234, 0x4000, 64, 0, src, dst);
+    packet.insert(packet.end(), body.begin(), body.end());
+    return packet;
+}
+
+Bytes etherFrame(uint16_t etherType, const Bytes& body) {
+    Bytes frame = linkHeader(etherTypeIpv4);
+    frame[12] = uint8_t(etherType >> 8);
+    frame[13] = uint8_t(etherType);
+    frame.insert(frame.end(), body.begin(), body.end());
+    return frame;
+}
+
+Bytes withoutEthernet(const Bytes& frame) {
+    return Bytes(frame.begin() + 14, frame.end());
+}
+
 Bytes padded(Bytes frame) {
     if (frame.size() < 60)
         frame.resize(60, 0);

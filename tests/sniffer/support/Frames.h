@@ -26,6 +26,12 @@ Bytes tcpFrame(Endpoint src, Endpoint dst, const Bytes& payload, const FrameOpti
 // An IPv4 frame of any protocol whose header fields are given raw.
 Bytes ipFrame(uint8_t protocol, uint16_t totalLength, uint16_t id, uint16_t fragment, uint8_t ttl, uint16_t checksum,
               const Bytes& body);
+// An IPv4 packet (header of 20 bytes, not fragmented) around `body`.
+Bytes ipPacket(uint8_t protocol, const char* src, const char* dst, const Bytes& body);
+// An Ethernet frame of that EtherType with no tag added.
+Bytes etherFrame(uint16_t etherType, const Bytes& body);
+// What an Ethernet frame carries.
+Bytes withoutEthernet(const Bytes& frame);
 // Zero bytes up to the 60-byte Ethernet minimum, as a NIC pads short frames.
 Bytes padded(Bytes frame);
 

@@ -61,6 +61,17 @@ std::optional<ForwardedFrame> Recorder::next(std::chrono::milliseconds timeout) 
     return frame;
 }
 
+std::vector<ForwardedFrame> Recorder::next(std::size_t n, std::chrono::milliseconds quiet) {
+    std::vector<ForwardedFrame> got;
+    while (got.size() < n) {
+        auto frame = next(quiet);
+        if (!frame)
+            break;
+        got.push_back(*frame);
+    }
+    return got;
+}
+
 std::vector<ForwardedFrame> Recorder::received() const {
     std::lock_guard<std::mutex> guard(lock);
     return all;

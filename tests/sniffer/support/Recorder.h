@@ -43,6 +43,8 @@ public:
 
     // The oldest frame not yet taken, waiting at most `timeout`.
     std::optional<ForwardedFrame> next(std::chrono::milliseconds timeout = 3s);
+    // The next `n` frames, or fewer when none comes for `quiet`.
+    std::vector<ForwardedFrame> next(std::size_t n, std::chrono::milliseconds quiet = 3s);
     // Every frame received so far, taken or not.
     std::vector<ForwardedFrame> received() const;
     std::size_t count() const;

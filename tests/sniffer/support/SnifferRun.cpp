@@ -1,6 +1,17 @@
 #include "SnifferRun.h"
 
+#include <cstdlib>
+
 #include "Sniffer.h"
+
+OptionInEnvironment::OptionInEnvironment(const std::string& key, const std::string& value)
+    : name(EngineOptions::environmentPrefix + key) {
+    setenv(name.c_str(), value.c_str(), 1);
+}
+
+OptionInEnvironment::~OptionInEnvironment() {
+    unsetenv(name.c_str());
+}
 
 SnifferRun::SnifferRun(const std::vector<std::string>& options, const char* transport) : words(options) {
     static const bool wakeSignalInstalled = (Sniffer::installWakeSignal(), true);

@@ -8,6 +8,18 @@
 
 class Sniffer;
 
+// SNIFFER_<key>=value for the life of the object.
+class OptionInEnvironment {
+public:
+    OptionInEnvironment(const std::string& key, const std::string& value);
+    ~OptionInEnvironment();
+    OptionInEnvironment(const OptionInEnvironment&) = delete;
+    OptionInEnvironment& operator=(const OptionInEnvironment&) = delete;
+
+private:
+    std::string name;
+};
+
 // One engine in this process, configured from command-line words
 // ("-d", "lo", "-f", "udp", ...) with the given recorder transport (none:
 // embedded, forwarding to the in-process link), set up, and consuming on a

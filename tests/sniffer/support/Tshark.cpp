@@ -46,4 +46,18 @@ std::vector<std::vector<std::string>> udpPayloads(const std::string& capture, co
     return results;
 }
 
+std::vector<std::string> innermostAddresses(const std::string& capture) {
+    const TempDir dir;
+    ChildProcess reader({onPath("tshark"), "-r", capture, "-T", "fields", "-E", "occurrence=l", "-E", "separator=>",
+                         "-e", "ip.src", "-e", "ip.dst"},
+                        dir.file("out"));
+    EXPECT_TRUE(reader.waitFor(60s) && reader.exitStatus() == 0) << readFile(dir.file("out"));
+    std::vector<std::string> lines;
+    std::istringstream in(readFile(dir.file("out")));
+    for (std::string line; std::getline(in, line);)
+        if (!line.empty() && std::isdigit(static_cast<unsigned char>(line[0])))
+            lines.push_back(line);
+    return lines;
+}
+
 }  // namespace tshark

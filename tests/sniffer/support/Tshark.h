@@ -19,6 +19,9 @@ extern const std::string sipRule;
 // that fails is a test failure.
 std::vector<std::vector<std::string>> udpPayloads(const std::string& capture, const std::vector<std::string>& filters);
 
+// For every packet, "source>destination" of its last (innermost) IPv4 header.
+std::vector<std::string> innermostAddresses(const std::string& capture);
+
 }  // namespace tshark
 
 #endif
