@@ -66,18 +66,6 @@ private:
     int connection = -1;
 };
 
-// SNIFFER_<key>=value for the life of the object.
-class OptionInEnvironment {
-public:
-    OptionInEnvironment(const std::string& key, const std::string& value)
-        : name(EngineOptions::environmentPrefix + key) {
-        setenv(name.c_str(), value.c_str(), 1);
-    }
-    ~OptionInEnvironment() { unsetenv(name.c_str()); }
-
-private:
-    std::string name;
-};
 }  // namespace
 
 TEST(ReliableLink, AStalledReaderAndShortWritesLoseNoByte) {

@@ -1,5 +1,8 @@
 #include "SnifferRun.h"
 
+#include <cstdlib>
+
+#include "EngineOptions.h"
 #include "Sniffer.h"
 
 SnifferRun::SnifferRun(const std::vector<std::string>& options, const char* transport) : words(options) {
@@ -32,4 +35,13 @@ void SnifferRun::stop() {
         return;
     engine->stopSniffing();
     consumer.join();
+}
+
+OptionInEnvironment::OptionInEnvironment(const std::string& key, const std::string& value)
+    : name(EngineOptions::environmentPrefix + key) {
+    setenv(name.c_str(), value.c_str(), 1);
+}
+
+OptionInEnvironment::~OptionInEnvironment() {
+    unsetenv(name.c_str());
 }
