@@ -38,7 +38,10 @@ HepEncoder::HepEncoder(uint32_t captureId, std::string password)
     : captureId(captureId), password(std::move(password)) {}
 
 std::vector<uint8_t> HepEncoder::encode(const HepMessage& message) const {
-    constexpr std::size_t fixedLength = sizeof(hep_header) + 11 * sizeof(hep_chunk) + 1 + 1 + 4 + 4 + 2 + 2 + 4 + 4 + 1 + 4;
+    // The header, then eleven chunks: family, protocol, two addresses, two
+    // ports, seconds, microseconds, protocol type, agent id and payload.
+    constexpr std::size_t valueBytes = 1 + 1 + 4 + 4 + 2 + 2 + 4 + 4 + 1 + 4;
+    constexpr std::size_t fixedLength = sizeof(hep_header) + 11 * sizeof(hep_chunk) + valueBytes;
     const std::size_t total =
         fixedLength + (password.empty() ? 0 : sizeof(hep_chunk) + password.size()) + message.length;
     if (total > maxPacketLength)
