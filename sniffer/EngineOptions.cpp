@@ -1,5 +1,6 @@
 #include "EngineOptions.h"
 
+#include <arpa/inet.h>
 #include <cerrno>
 #include <cstdlib>
 #include <sstream>
@@ -17,11 +18,12 @@ struct NumberKey {
     long max;
 };
 
-// A key that takes one of a few words.
+// A key whose value is a word or a text of a given form.
 struct ChoiceKey {
     const char* name;
     bool (*parse)(const std::string& value, EngineOptions& options);
     std::string (*show)(const EngineOptions& options);
+    const char* expected;
 };
 
 const NumberKey numberKeys[] = {
@@ -32,6 +34,7 @@ const NumberKey numberKeys[] = {
     {"RtpPreRoll", &EngineOptions::rtpPreRollMs, 0, 60 * 1000},
     {"PreRollLimit", &EngineOptions::preRollLimitMiB, 1, 65536},
     {"StatsInterval", &EngineOptions::statsIntervalS, 0, 86400},
+    {"HepCaptureId", &EngineOptions::hepCaptureId, 0, 0x7FFFFFFF},
 };
 
 bool parseLinkMode(const std::string& value, EngineOptions& options) {
@@ -59,11 +62,6 @@ std::string showDecapsulate(const EngineOptions& options) {
     return options.decapsulate ? "yes" : "no";
 }
 
-const ChoiceKey choiceKeys[] = {
-    {"LinkMode", parseLinkMode, showLinkMode},
-    {"Decapsulate", parseDecapsulate, showDecapsulate},
-};
-
 bool parseNumber(const std::string& text, long min, long max, int& out) {
     if (text.empty())
         return false;
@@ -76,6 +74,55 @@ bool parseNumber(const std::string& text, long min, long max, int& out) {
     return true;
 }
 
+bool parseHepCollector(const std::string& value, EngineOptions& options) {
+    const std::size_t colon = value.rfind(':');
+    in_addr address{};
+    int port = 0;
+    if (colon == std::string::npos || inet_pton(AF_INET, value.substr(0, colon).c_str(), &address) != 1 ||
+        !parseNumber(value.substr(colon + 1), 1, 65535, port))
+        return false;
+    options.hepCollector = value;
+    return true;
+}
+
+std::string showHepCollector(const EngineOptions& options) {
+    return options.hepCollector;
+}
+
+bool parseHepTransport(const std::string& value, EngineOptions& options) {
+    if (value == "udp")
+        options.hepTransport = EngineOptions::HepTransport::Udp;
+    else if (value == "tcp")
+        options.hepTransport = EngineOptions::HepTransport::Tcp;
+    else
+        return false;
+    return true;
+}
+
+std::string showHepTransport(const EngineOptions& options) {
+    return options.hepTransport == EngineOptions::HepTransport::Tcp ? "tcp" : "udp";
+}
+
+bool parseHepPassword(const std::string& value, EngineOptions& options) {
+    options.hepPassword = value;
+    return true;
+}
+
+// The settings line tells that a password is in use, never the password.
+std::string showHepPassword(const EngineOptions& options) {
+    return options.hepPassword.empty() ? "" : "(set)";
+}
+
+const char* const documentedWords = "one of the documented words";
+
+const ChoiceKey choiceKeys[] = {
+    {"LinkMode", parseLinkMode, showLinkMode, documentedWords},
+    {"Decapsulate", parseDecapsulate, showDecapsulate, documentedWords},
+    {"HepCollector", parseHepCollector, showHepCollector, "an IPv4 address and a port, as 192.0.2.7:9060"},
+    {"HepTransport", parseHepTransport, showHepTransport, documentedWords},
+    {"HepPassword", parseHepPassword, showHepPassword, documentedWords},
+};
+
 void reportInvalid(const char* key, const std::string& value, const std::string& expected) {
     LOG4CXX_ERROR(logger, "Invalid value of " << key << ": \"" << value << "\", expected " << expected);
 }
@@ -86,7 +133,7 @@ bool EngineOptions::load(const Lookup& lookup) {
         const std::string value = lookup(key.name);
         keysGiven |= !value.empty();
         if (!value.empty() && !key.parse(value, *this)) {
-            reportInvalid(key.name, value, "one of the documented words");
+            reportInvalid(key.name, value, key.expected);
             return false;
         }
     }

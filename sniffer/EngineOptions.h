@@ -16,6 +16,7 @@
 class EngineOptions {
 public:
     enum class LinkMode { Classic, Reliable };
+    enum class HepTransport { Udp, Tcp };
 
     static constexpr const char* environmentPrefix = "SNIFFER_";
 
@@ -32,6 +33,12 @@ public:
     // Classification.
     bool decapsulate = false;  // read IPv4 under tag stacks, labels and tunnels
 
+    // Export of SIP to a HEP collector, beside the recorder link.
+    std::string hepCollector;  // "a.b.c.d:port"; empty: no export
+    HepTransport hepTransport = HepTransport::Udp;
+    int hepCaptureId = 2001;
+    std::string hepPassword;  // empty: no auth key chunk
+
     // A key's value as given, empty when it is not given.
     using Lookup = std::function<std::string(const std::string& key)>;
 
@@ -42,6 +49,7 @@ public:
     static std::string fromEnvironment(const std::string& key);
 
     bool reliable() const { return linkMode == LinkMode::Reliable; }
+    bool exportsHep() const { return !hepCollector.empty(); }
     // True when any key was given, even at its default value: the counters
     // are logged only then, so that a classic run logs what it always did.
     bool anyKeyGiven() const { return keysGiven; }

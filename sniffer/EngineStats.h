@@ -20,6 +20,8 @@ struct EngineStats {
     Counter preRollHeld{0};
     Counter preRollForwarded{0};
     Counter preRollDropped{0};  // past the pre-roll's memory limit
+    Counter hepSent{0};
+    Counter hepDropped{0};  // past the HEP queue's bound, too long, or a datagram the system refused
 
     static void add(Counter& counter, uint64_t n = 1) { counter.fetch_add(n, std::memory_order_relaxed); }
     static uint64_t read(const Counter& counter) { return counter.load(std::memory_order_relaxed); }

@@ -12,6 +12,7 @@
 #include "Decapsulator.h"
 #include "EmbeddedConnection.h"
 #include "H323Parser.h"
+#include "HepExporter.h"
 #include "ReliableConnection.h"
 #include "SipHelper.h"
 #include "Sniffer.h"
@@ -51,6 +52,7 @@ SngDissector::SngDissector() {
 }
 
 SngDissector::~SngDissector() {
+    delete hep;
     releaseConnections();
     removeAllRtp();
     clearQueue();
@@ -71,6 +73,8 @@ void SngDissector::useOptions(const EngineOptions& engineOptions) {
     if (options.rtpPreRollMs > 0)
         preRoll = new PreRollBuffer(std::chrono::milliseconds(options.rtpPreRollMs), options.preRollLimitBytes(), stats);
     settleFirst = options.reliable() || preRoll;
+    delete hep;
+    hep = options.exportsHep() ? new HepExporter(options, stats) : nullptr;
 }
 
 void SngDissector::setTraceSignalling(bool trace) {
@@ -199,7 +203,18 @@ void SngDissector::processUdp(const u_char* packet, const pcap_pkthdr* header, i
     if (length <= ourHeaderLength || length > maxFrameLength)
         return;
     ohdr.len = htons(static_cast<uint16_t>(length));
+    if (hep && ohdr.protocol == SIP)
+        exportSip(*header, *udp, payload, length - ourHeaderLength);
     buildPayload(const_cast<u_char*>(payload) - ourHeaderLength, length, true, nullptr);
+}
+
+// The collector gets the datagram as its UDP length states it, without the
+// Ethernet padding the recorder's copy keeps; `length` bounds it.
+void SngDissector::exportSip(const pcap_pkthdr& header, const sniff_udp& udp, const u_char* payload, int length) {
+    const int stated = ntohs(udp.uh_ulen) - udpHeaderLength;
+    if (stated > 0 && stated < length)
+        length = stated;
+    hep->exportSip({header.ts, ohdr.srcIp, ohdr.srcPort, ohdr.dstIp, ohdr.dstPort, payload, std::size_t(length)});
 }
 
 void SngDissector::processTcp(u_char* packet, const pcap_pkthdr* header, int size_header) {

@@ -21,6 +21,7 @@ class Sniffer;
 class SipHelper;
 class H323Parser;
 class BaseConnection;
+class HepExporter;
 class ReliableConnection;
 
 // A captured frame handed over by a caller that made its own copies: the
@@ -172,6 +173,7 @@ private:
     BaseConnection* makeTcpConnection(const char* host, int port);
     bool awaitCommand();
     void settleCommands();
+    void exportSip(const pcap_pkthdr& header, const sniff_udp& udp, const u_char* payload, int length);
     void holdForPreRoll(const u_char* payload, int length);
     void forwardHeld(const PreRollBuffer::Datagram& datagram);
     static bool sameRecorder(const char* hostA, int portA, const char* hostB, int portB);
@@ -215,6 +217,7 @@ private:
     PreRollBuffer* preRoll = nullptr;
     bool settleFirst = false;  // reliable commands or a pre-roll: settleCommands() before each packet
     std::vector<u_char> heldFrame;  // the consumer's scratch for a held datagram
+    HepExporter* hep = nullptr;     // a copy of each SIP message for a HEP collector
 
     static std::atomic<SngDissector*> dissector;
     static pthread_t cmdThread;

@@ -434,6 +434,8 @@ std::string Sniffer::describeStats() const {
          << " rtp=" << n(s.forwardedRtp) << " h323=" << n(s.forwardedH323) << " heartbeat=" << n(s.forwardedHeartbeat)
          << " bytes=" << n(s.bytesSent) << "; link losses=" << n(s.linkLosses) << " reconnects=" << n(s.reconnects)
          << " droppedLinkDown=" << n(s.droppedLinkDown);
+    if (options.exportsHep())
+        line << "; hep sent=" << n(s.hepSent) << " dropped=" << n(s.hepDropped);
     return line.str();
 }
 

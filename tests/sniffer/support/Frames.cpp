@@ -125,8 +125,14 @@ Bytes padded(Bytes frame) {
 }
 
 void capture(const Bytes& frame, std::size_t wireLength) {
+    timeval now{};
+    gettimeofday(&now, nullptr);
+    captureAt(frame, now, wireLength);
+}
+
+void captureAt(const Bytes& frame, timeval time, std::size_t wireLength) {
     pcap_pkthdr header{};
-    gettimeofday(&header.ts, nullptr);
+    header.ts = time;
     header.caplen = static_cast<bpf_u_int32>(frame.size());
     header.len = static_cast<bpf_u_int32>(std::max(frame.size(), wireLength));
     Sniffer::gotPacket(nullptr, &header, frame.data());

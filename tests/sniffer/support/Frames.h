@@ -1,6 +1,7 @@
 #ifndef SNIFFER_TESTS_FRAMES_H
 #define SNIFFER_TESTS_FRAMES_H
 
+#include <sys/time.h>
 #include <cstdint>
 
 #include "Network.h"
@@ -38,5 +39,7 @@ Bytes padded(Bytes frame);
 // Hands a frame to the engine as the capture callback would receive it;
 // a `wireLength` beyond the frame's size says it was cut at the snap length.
 void capture(const Bytes& frame, std::size_t wireLength = 0);
+// The same, with the capture time the header states.
+void captureAt(const Bytes& frame, timeval time, std::size_t wireLength = 0);
 
 #endif

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "EngineOptions.h"
 #include "Sniffer.h"
 
 OptionInEnvironment::OptionInEnvironment(const std::string& key, const std::string& value)
@@ -43,4 +44,13 @@ void SnifferRun::stop() {
         return;
     engine->stopSniffing();
     consumer.join();
+}
+
+OptionInEnvironment::OptionInEnvironment(const std::string& key, const std::string& value)
+    : name(EngineOptions::environmentPrefix + key) {
+    setenv(name.c_str(), value.c_str(), 1);
+}
+
+OptionInEnvironment::~OptionInEnvironment() {
+    unsetenv(name.c_str());
 }
