@@ -10,6 +10,8 @@ namespace recorder {
 namespace {
 
 constexpr size_t kMaxIdLength = 40;
+// How often the index's upkeep runs while no call comes.
+constexpr Milliseconds kUpkeepTick{1000};
 
 // Call-IDs may hold '/', '@' and anything else; folder names keep the safe characters only.
 std::string folderSafe(std::string_view id)
@@ -93,9 +95,14 @@ void CallArchive::writeCalls()
 {
     std::unique_lock<std::mutex> lock(mutex_);
     for (;;) {
-        changed_.wait(lock, [this] { return finishing_ || !queue_.empty(); });
-        if (queue_.empty())
+        lock.unlock();
+        upkeep();
+        lock.lock();
+        changed_.wait_for(lock, kUpkeepTick, [this] { return finishing_ || !queue_.empty(); });
+        if (queue_.empty() && finishing_)
             return;
+        if (queue_.empty())
+            continue;
         std::unique_ptr<Call> call = std::move(queue_.front());
         queue_.pop_front();
         lock.unlock();
@@ -114,6 +121,21 @@ void CallArchive::write(Call& call)
     const Json json = call.toJson(wav);
     writeText(call.folder() / "call.json", json.dump(2) + '\n', std::ios::trunc);
     writeText(root_ / "calls.jsonl", json.dump() + '\n', std::ios::app);
+    if (index_) {
+        IndexedCall indexed;
+        indexed.record = nlohmann::json::parse(json.dump());
+        indexed.record["messages"] = nlohmann::json::parse(call.messagesJson().dump());
+        indexed.folderName = call.folder().filename().string();
+        indexed.startMs = std::chrono::duration_cast<Milliseconds>(call.info().start.time_since_epoch()).count();
+        indexed.endMs = std::chrono::duration_cast<Milliseconds>(call.info().end.time_since_epoch()).count();
+        index_->add(std::move(indexed));
+    }
+}
+
+void CallArchive::upkeep()
+{
+    if (index_)
+        index_->upkeep(Clock::now());
 }
 
 }  // namespace recorder

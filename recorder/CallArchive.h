@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Call.h"
+#include "IndexWriter.h"
 
 #include <condition_variable>
 #include <deque>
@@ -23,6 +24,8 @@ public:
     CallArchive(const CallArchive&) = delete;
     CallArchive& operator=(const CallArchive&) = delete;
 
+    // Finished calls also go to `index`, and its upkeep runs on the writing thread; before prepare().
+    void indexTo(IndexWriter* index) { index_ = index; }
     // Creates the folder and starts the writing thread.
     bool prepare();
     const std::filesystem::path& root() const { return root_; }
@@ -39,8 +42,10 @@ public:
 private:
     void writeCalls();
     void write(Call& call);
+    void upkeep();
 
     std::filesystem::path root_;
+    IndexWriter* index_ = nullptr;
     std::thread writer_;
     std::mutex mutex_;
     std::condition_variable changed_;
