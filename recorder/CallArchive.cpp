@@ -1,6 +1,7 @@
 #include "CallArchive.h"
 
 #include "Log.h"
+#include "Text.h"
 
 #include <cctype>
 #include <ctime>
@@ -121,15 +122,25 @@ void CallArchive::write(Call& call)
     const Json json = call.toJson(wav);
     writeText(call.folder() / "call.json", json.dump(2) + '\n', std::ios::trunc);
     writeText(root_ / "calls.jsonl", json.dump() + '\n', std::ios::app);
-    if (index_) {
-        IndexedCall indexed;
-        indexed.record = nlohmann::json::parse(json.dump());
-        indexed.record["messages"] = nlohmann::json::parse(call.messagesJson().dump());
-        indexed.folderName = call.folder().filename().string();
-        indexed.startMs = std::chrono::duration_cast<Milliseconds>(call.info().start.time_since_epoch()).count();
-        indexed.endMs = std::chrono::duration_cast<Milliseconds>(call.info().end.time_since_epoch()).count();
-        index_->add(std::move(indexed));
+    if (index_)
+        addToIndex(call, json);
+}
+
+// The index reads the record back as JSON, which must be UTF-8 whatever the wire brought.
+void CallArchive::addToIndex(const Call& call, const Json& record)
+{
+    IndexedCall indexed;
+    try {
+        indexed.record = nlohmann::json::parse(validUtf8(record.dump()));
+        indexed.record["messages"] = nlohmann::json::parse(validUtf8(call.messagesJson().dump()));
+    } catch (const nlohmann::json::exception& error) {
+        log::error() << "Call " << call.name() << " left out of the index: " << error.what();
+        return;
     }
+    indexed.folderName = call.folder().filename().string();
+    indexed.startMs = std::chrono::duration_cast<Milliseconds>(call.info().start.time_since_epoch()).count();
+    indexed.endMs = std::chrono::duration_cast<Milliseconds>(call.info().end.time_since_epoch()).count();
+    index_->add(std::move(indexed));
 }
 
 void CallArchive::upkeep()

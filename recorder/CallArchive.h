@@ -42,6 +42,7 @@ public:
 private:
     void writeCalls();
     void write(Call& call);
+    void addToIndex(const Call& call, const Json& record);
     void upkeep();
 
     std::filesystem::path root_;

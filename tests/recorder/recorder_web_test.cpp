@@ -16,6 +16,7 @@ using nlohmann::json;
 
 const std::string kEvilCallId = "<img src=x onerror=alert(1)>\"';";
 const std::string kToken = "s3cret";
+const std::string kLatin1Number = "47\xe9" "11";
 
 // Rows of a query on a calls.db, every column as text ("NULL" for null).
 std::vector<std::vector<std::string>> query(const std::filesystem::path& database, const std::string& sql)
@@ -55,8 +56,8 @@ std::string toNumber(std::string message, const std::string& number)
     return message;
 }
 
-// An answered call with a second of audio each way, and a refused one to another number whose
-// Call-ID is markup.
+// An answered call with a second of audio each way, and a refused one whose Call-ID is markup,
+// to a number that is not UTF-8.
 void placeCalls(const TcpSniffer& sniffer, const RecorderProcess& recorder)
 {
     sniffer.send(sipFrame(sipRequest("INVITE", "call-a@10.0.0.1", sdp("10.0.0.1", 4000, 0))));
@@ -71,9 +72,9 @@ void placeCalls(const TcpSniffer& sniffer, const RecorderProcess& recorder)
     sniffer.send(sipFrame(sipResponse(200, "BYE", "call-a@10.0.0.1"), false));
     ASSERT_EQ(recorder.waitForCalls(1).size(), 1u);  // the second call starts later
 
-    sniffer.send(sipFrame(toNumber(sipRequest("INVITE", kEvilCallId, sdp("10.0.0.1", 4002, 0)), "4711")));
-    sniffer.send(sipFrame(toNumber(sipResponse(486, "INVITE", kEvilCallId), "4711"), false));
-    sniffer.send(sipFrame(toNumber(sipRequest("ACK", kEvilCallId), "4711")));
+    sniffer.send(sipFrame(toNumber(sipRequest("INVITE", kEvilCallId, sdp("10.0.0.1", 4002, 0)), kLatin1Number)));
+    sniffer.send(sipFrame(toNumber(sipResponse(486, "INVITE", kEvilCallId), kLatin1Number), false));
+    sniffer.send(sipFrame(toNumber(sipRequest("ACK", kEvilCallId), kLatin1Number)));
 }
 
 class RecorderWeb : public ::testing::Test {
@@ -131,6 +132,8 @@ TEST_F(RecorderWeb, IndexHoldsEachCallWithItsMessagesAndStreams)
     EXPECT_EQ(call[0][5], "call.wav");
     EXPECT_TRUE(std::filesystem::is_regular_file(recorder.output() / call[0][6] / "call.wav"));
     EXPECT_EQ(call[0][7], "1");
+    EXPECT_EQ(query(db, "SELECT callee FROM calls WHERE id != " + std::to_string(idA)),
+              (std::vector<std::vector<std::string>>{{"sip:47\xef\xbf\xbd" "11@10.0.0.2"}}));
 
     const auto messages = query(db, "SELECT direction, source, destination, line FROM messages WHERE call = " +
                                         std::to_string(idA) + " ORDER BY position");
@@ -161,7 +164,7 @@ TEST_F(RecorderWeb, ApiFindsCallsByTheirPartsAndTakesSearchTextAsText)
     };
     using Ids = std::vector<std::string>;
     EXPECT_EQ(ids({}), (Ids{kEvilCallId, "call-a@10.0.0.1"}));  // newest first
-    EXPECT_EQ(ids({{"q", "4711"}}), Ids{kEvilCallId});
+    EXPECT_EQ(ids({{"q", "47"}}), Ids{kEvilCallId});
     EXPECT_EQ(ids({{"q", "bob"}}), Ids{"call-a@10.0.0.1"});
     EXPECT_EQ(ids({{"call_id", "\"';"}}), Ids{kEvilCallId});
     EXPECT_EQ(ids({{"call_id", "'; \""}}), Ids{});
