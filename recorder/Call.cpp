@@ -108,7 +108,8 @@ void Call::recordH323(const Frame& frame)
 void Call::keepMessage(const Frame& frame, std::string_view line)
 {
     if (messages_.size() < kMaxMessages)
-        messages_.push_back({frame.arrival, frame.source, frame.destination, std::string(line.substr(0, kMaxLineLength))});
+        messages_.push_back(
+            {frame.arrival, frame.source, frame.destination, std::string(line.substr(0, kMaxLineLength))});
 }
 
 void Call::recordRtp(const Frame& frame)

@@ -41,9 +41,9 @@ void IndexWriter::writePending()
             failing_ = true;
             break;
         }
-        const auto took = std::chrono::steady_clock::now() - started;
-        writeMicros_.fetch_add(static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(took).count()),
-                               std::memory_order_relaxed);
+        const auto took =
+            std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - started);
+        writeMicros_.fetch_add(static_cast<uint64_t>(took.count()), std::memory_order_relaxed);
         written_.fetch_add(1, std::memory_order_relaxed);
         pending_.pop_front();
         if (failing_ && pending_.empty()) {

@@ -1,7 +1,6 @@
 // The call index in calls.db, the JSON API, the page as a browser shows it, retention, and the
 // index's recovery after an outage.
 #include "RecorderHarness.h"
-#include "Tools.h"
 
 #include <httplib.h>
 #include <nlohmann/json.hpp>
@@ -87,7 +86,8 @@ protected:
         idA = calls({{"call_id", "call-a"}})["calls"][0]["id"];
     }
 
-    httplib::Result get(const std::string& path, const httplib::Headers& headers = {{"Authorization", "Bearer " + kToken}})
+    httplib::Result get(const std::string& path,
+                        const httplib::Headers& headers = {{"Authorization", "Bearer " + kToken}})
     {
         httplib::Client client("127.0.0.1", recorder.httpPort());
         return client.Get(path.c_str(), headers);
@@ -194,7 +194,8 @@ TEST_F(RecorderWeb, TokenIsAskedOfEveryRequestAndFilesOnlyByCallId)
     const auto wav = get("/files/" + std::to_string(idA) + "/call.wav");
     ASSERT_EQ(wav->status, 200);
     EXPECT_EQ(wav->body.substr(0, 4), "RIFF");
-    const auto folder = query(recorder.output() / "calls.db", "SELECT folder FROM calls WHERE id = " + std::to_string(idA));
+    const auto folder =
+        query(recorder.output() / "calls.db", "SELECT folder FROM calls WHERE id = " + std::to_string(idA));
     EXPECT_EQ(get("/files/" + std::to_string(idA) + "/call.pcap")->body,
               readFile(recorder.output() / folder.at(0).at(0) / "call.pcap"));
     EXPECT_EQ(get("/files/" + std::to_string(idA) + "/call.json")->status, 404);
