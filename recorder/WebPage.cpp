@@ -16,6 +16,7 @@ body { font-family: sans-serif; margin: 1em 2em; color: #222; }
 table { border-collapse: collapse; margin: 0.5em 0; }
 th, td { border-bottom: 1px solid #ddd; padding: 0.25em 0.6em; text-align: left; font-size: 0.9em; }
 th { background: #f3f3f3; }
+#calls td:first-child { white-space: nowrap; }
 form { display: flex; flex-wrap: wrap; gap: 0.5em; align-items: end; }
 label { display: flex; flex-direction: column; font-size: 0.8em; }
 .low { color: #b00; font-weight: bold; }
