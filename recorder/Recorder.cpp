@@ -26,8 +26,10 @@ Recorder::Recorder(const Options& options)
 bool Recorder::startIndex()
 {
     const std::string url = databaseUrl(options_);
+    if (url.empty() && options_.keepDays > 0)
+        log::error() << "--keep-days needs the call index: --database none leaves it out";
     if (url.empty())
-        return true;
+        return options_.keepDays == 0;
     index_ = makeCallIndex(url);
     if (!index_) {
         log::error() << "Unknown database " << url << ": sqlite:PATH or none expected";

@@ -235,15 +235,18 @@ TEST_F(RecorderWeb, BrowserShowsTheListSearchesItAndShowsACallWithLadderAndAudio
     EXPECT_EQ(get(source, {})->body.substr(0, 4), "RIFF");
 }
 
+// The new call is an H.323 one, whose messages are its descriptions.
 TEST(RecorderIndex, RetentionRemovesOldCallsRowsAndFoldersAtStart)
 {
     RecorderProcess first{{"--linger", "0.3"}};
+    const Endpoint caller{0x0a000005, 1720}, callee{0x0a000006, 1720};
+    const std::string setup = "t:5\nr:42\nc:new-call\ns:alice\nd:bob";
     {
         TcpSniffer sniffer(first.port());
-        for (const std::string id : {"old-call", "new-call"}) {
-            sniffer.send(sipFrame(sipRequest("INVITE", id, sdp("10.0.0.1", 4000, 0))));
-            sniffer.send(sipFrame(sipResponse(486, "INVITE", id), false));
-        }
+        sniffer.send(sipFrame(sipRequest("INVITE", "old-call", sdp("10.0.0.1", 4000, 0))));
+        sniffer.send(sipFrame(sipResponse(486, "INVITE", "old-call"), false));
+        sniffer.send(frame(4, caller, callee, setup + '\0'));
+        sniffer.send(frame(4, callee, caller, std::string("t:90\nr:42\0", 10)));
         ASSERT_EQ(first.waitForCalls(2).size(), 2u);
     }
     const auto db = first.output() / "calls.db";
@@ -254,8 +257,11 @@ TEST(RecorderIndex, RetentionRemovesOldCallsRowsAndFoldersAtStart)
 
     RecorderProcess second{{"--output", first.output(), "--keep-days", "2"}};
     EXPECT_TRUE(second.waitForLog("Removed 1 calls older than the retention period"));
-    EXPECT_EQ(query(db, "SELECT call_id FROM calls"), (std::vector<std::vector<std::string>>{{"new-call"}}));
-    EXPECT_EQ(query(db, "SELECT count(*) FROM messages"), (std::vector<std::vector<std::string>>{{"2"}}));
+    EXPECT_EQ(query(db, "SELECT call_id, signalling FROM calls"),
+              (std::vector<std::vector<std::string>>{{"new-call", "h323"}}));
+    EXPECT_EQ(query(db, "SELECT direction, source, destination, line FROM messages ORDER BY position"),
+              (std::vector<std::vector<std::string>>{{"from caller", "10.0.0.5:1720", "10.0.0.6:1720", setup},
+                                                      {"from callee", "10.0.0.6:1720", "10.0.0.5:1720", "t:90\nr:42"}}));
     EXPECT_TRUE(std::filesystem::exists(first.output() / folders[0][0]));
     EXPECT_FALSE(std::filesystem::exists(first.output() / folders[1][0]));
 }
