@@ -12,21 +12,22 @@ namespace recorder::test {
 namespace {
 
 using nlohmann::json;
+using Rows = std::vector<std::vector<std::string>>;
 
 const std::string kEvilCallId = "<img src=x onerror=alert(1)>\"';";
 const std::string kToken = "s3cret";
 const std::string kLatin1Number = "47\xe9" "11";
 
 // Rows of a query on a calls.db, every column as text ("NULL" for null).
-std::vector<std::vector<std::string>> query(const std::filesystem::path& database, const std::string& sql)
+Rows query(const std::filesystem::path& database, const std::string& sql)
 {
     sqlite3* db = nullptr;
-    std::vector<std::vector<std::string>> rows;
+    Rows rows;
     if (sqlite3_open_v2(database.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
         sqlite3_exec(
             db, sql.c_str(),
             [](void* out, int columns, char** values, char**) {
-                auto& table = *static_cast<std::vector<std::vector<std::string>>*>(out);
+                auto& table = *static_cast<Rows*>(out);
                 table.emplace_back();
                 for (int i = 0; i < columns; ++i)
                     table.back().emplace_back(values[i] ? values[i] : "NULL");
@@ -120,7 +121,7 @@ protected:
 TEST_F(RecorderWeb, IndexHoldsEachCallWithItsMessagesAndStreams)
 {
     const auto db = recorder.output() / "calls.db";
-    EXPECT_EQ(query(db, "SELECT version FROM schema_version"), (std::vector<std::vector<std::string>>{{"1"}}));
+    EXPECT_EQ(query(db, "SELECT version FROM schema_version"), (Rows{{"1"}}));
     const auto call = query(db, "SELECT signalling, caller, callee, end_reason, signalling_packets, wav, folder, "
                                 "start_ms <= end_ms FROM calls WHERE call_id = 'call-a@10.0.0.1'");
     ASSERT_EQ(call.size(), 1u);
@@ -133,11 +134,11 @@ TEST_F(RecorderWeb, IndexHoldsEachCallWithItsMessagesAndStreams)
     EXPECT_TRUE(std::filesystem::is_regular_file(recorder.output() / call[0][6] / "call.wav"));
     EXPECT_EQ(call[0][7], "1");
     EXPECT_EQ(query(db, "SELECT callee FROM calls WHERE id != " + std::to_string(idA)),
-              (std::vector<std::vector<std::string>>{{"sip:47\xef\xbf\xbd" "11@10.0.0.2"}}));
+              (Rows{{"sip:47\xef\xbf\xbd" "11@10.0.0.2"}}));
 
     const auto messages = query(db, "SELECT direction, source, destination, line FROM messages WHERE call = " +
                                         std::to_string(idA) + " ORDER BY position");
-    const std::vector<std::vector<std::string>> expected = {
+    const Rows expected = {
         {"from caller", "10.0.0.1:5060", "10.0.0.2:5060", "INVITE sip:bob@10.0.0.2 SIP/2.0"},
         {"from callee", "10.0.0.2:5060", "10.0.0.1:5060", "SIP/2.0 180 Whatever"},
         {"from callee", "10.0.0.2:5060", "10.0.0.1:5060", "SIP/2.0 200 Whatever"},
@@ -149,7 +150,7 @@ TEST_F(RecorderWeb, IndexHoldsEachCallWithItsMessagesAndStreams)
 
     const auto streams = query(db, "SELECT source, destination, speaker, codec, packets, bytes, lost, mos > 4 "
                                    "FROM streams WHERE call = " + std::to_string(idA) + " ORDER BY position");
-    EXPECT_EQ(streams, (std::vector<std::vector<std::string>>{
+    EXPECT_EQ(streams, (Rows{
                            {"10.0.0.1:4000", "10.0.0.2:5000", "caller", "PCMU/8000", "50", "8600", "0", "1"},
                            {"10.0.0.2:5000", "10.0.0.1:4000", "callee", "PCMU/8000", "50", "8600", "0", "1"}}));
 }
@@ -257,11 +258,10 @@ TEST(RecorderIndex, RetentionRemovesOldCallsRowsAndFoldersAtStart)
 
     RecorderProcess second{{"--output", first.output(), "--keep-days", "2"}};
     EXPECT_TRUE(second.waitForLog("Removed 1 calls older than the retention period"));
-    EXPECT_EQ(query(db, "SELECT call_id, signalling FROM calls"),
-              (std::vector<std::vector<std::string>>{{"new-call", "h323"}}));
+    EXPECT_EQ(query(db, "SELECT call_id, signalling FROM calls"), (Rows{{"new-call", "h323"}}));
     EXPECT_EQ(query(db, "SELECT direction, source, destination, line FROM messages ORDER BY position"),
-              (std::vector<std::vector<std::string>>{{"from caller", "10.0.0.5:1720", "10.0.0.6:1720", setup},
-                                                      {"from callee", "10.0.0.6:1720", "10.0.0.5:1720", "t:90\nr:42"}}));
+              (Rows{{"from caller", "10.0.0.5:1720", "10.0.0.6:1720", setup},
+                    {"from callee", "10.0.0.6:1720", "10.0.0.5:1720", "t:90\nr:42"}}));
     EXPECT_TRUE(std::filesystem::exists(first.output() / folders[0][0]));
     EXPECT_FALSE(std::filesystem::exists(first.output() / folders[1][0]));
 }
@@ -282,7 +282,7 @@ TEST(RecorderIndex, CallsWaitInMemoryWhileTheDatabaseFailsAndAreWrittenOnceItWor
     std::filesystem::create_directory(folder);
     EXPECT_TRUE(recorder.waitForLog("The call index works again", 10s)) << recorder.log();
     EXPECT_EQ(query(folder / "calls.db", "SELECT call_id FROM calls ORDER BY id"),
-              (std::vector<std::vector<std::string>>{{"first"}, {"second"}}));
+              (Rows{{"first"}, {"second"}}));
     const std::string log = recorder.log();
     const std::string failure = "Cannot write to the call index";
     EXPECT_EQ(log.find(failure), log.rfind(failure)) << log;
