@@ -7,6 +7,12 @@
 
 namespace recorder {
 
+IndexWriter::~IndexWriter()
+{
+    if (!pending_.empty())
+        log::error() << pending_.size() << " calls were not written to the call index; calls.jsonl has them";
+}
+
 void IndexWriter::add(IndexedCall call)
 {
     if (pending_.size() == kMaxPending) {

@@ -19,6 +19,9 @@ public:
     static constexpr Clock::duration kRetry = std::chrono::seconds(5);
 
     IndexWriter(CallIndex& index, Retention* retention) : index_(index), retention_(retention) {}
+    ~IndexWriter();
+    IndexWriter(const IndexWriter&) = delete;
+    IndexWriter& operator=(const IndexWriter&) = delete;
 
     void add(IndexedCall call);
     // Tries what waits again and applies retention when it is due.

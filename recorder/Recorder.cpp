@@ -72,8 +72,7 @@ int Recorder::run(const sigset_t& stopSignals)
     if (!startIndex() || !archive_.prepare())
         return 1;
     openIndex();
-    if (!startWeb() || !link_.listen(options_.address, options_.port) ||
-        !link_.start(stopSignals))
+    if (!startWeb() || !link_.listen(options_.address, options_.port) || !link_.start(stopSignals))
         return 1;
     log::info() << "Writing calls to " << std::filesystem::absolute(archive_.root()).string();
     TimePoint nextStats = Clock::now() + options_.stats;
