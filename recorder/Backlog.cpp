@@ -72,7 +72,8 @@ bool Backlog::push(LinkEvent event, const Frame& frame)
                          std::chrono::duration_cast<std::chrono::nanoseconds>(frame.arrival.time_since_epoch()).count()};
     uint8_t* at = tail_->data.get() + fill_;
     std::memcpy(at, &header, sizeof header);
-    std::memcpy(at + sizeof header, frame.payload.data(), frame.payload.size());
+    if (!frame.payload.empty())  // link events have none, and no data pointer either
+        std::memcpy(at + sizeof header, frame.payload.data(), frame.payload.size());
     fill_ += length;
     const uint64_t queued = in_.fetch_add(length, std::memory_order_relaxed) + length -
                             out_.load(std::memory_order_relaxed);

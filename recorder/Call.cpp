@@ -96,6 +96,7 @@ void Call::recordSip(const Frame& frame)
     lastActivity_ = frame.arrival;
     ++signallingPackets_;
     pcap_.write(frame.arrival, frame.source, frame.destination, frame.payload);
+    keepMessage(frame, frame.payload.substr(0, frame.payload.find_first_of("\r\n")));
 }
 
 void Call::recordH323(const Frame& frame)
@@ -103,6 +104,14 @@ void Call::recordH323(const Frame& frame)
     lastActivity_ = frame.arrival;
     ++signallingPackets_;
     descriptions_.emplace_back(frame.payload.substr(0, frame.payload.find('\0')));
+    keepMessage(frame, descriptions_.back());
+}
+
+void Call::keepMessage(const Frame& frame, std::string_view line)
+{
+    if (messages_.size() < kMaxMessages)
+        messages_.push_back(
+            {frame.arrival, frame.source, frame.destination, std::string(line.substr(0, kMaxLineLength))});
 }
 
 void Call::recordRtp(const Frame& frame)
@@ -316,6 +325,20 @@ Json Call::toJson(bool wavWritten) const
         {"wav", wavWritten ? Json("call.wav") : Json()},
     });
     return call;
+}
+
+Json Call::messagesJson() const
+{
+    Json::Array messages;
+    for (const SignallingMessage& message : messages_)
+        messages.push_back(Json::Object{
+            {"time", isoTime(message.time)},
+            {"direction", message.source == messages_.front().source ? "from caller" : "from callee"},
+            {"source", toString(message.source)},
+            {"destination", toString(message.destination)},
+            {"line", message.line},
+        });
+    return messages;
 }
 
 }  // namespace recorder

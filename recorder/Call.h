@@ -29,6 +29,13 @@ struct MediaAddress {
     std::vector<Codec> codecs;
 };
 
+// One signalling message as the call's ladder shows it.
+struct SignallingMessage {
+    TimePoint time;
+    Endpoint source, destination;
+    std::string line;  // a SIP message's first line, or an H.323 description
+};
+
 struct CallInfo {
     Signalling signalling = Signalling::Sip;
     std::string callId;         // SIP Call-ID, or the H.323 call identifier once known
@@ -69,6 +76,12 @@ public:
     // The archive does this on its own thread, so that decoding costs the recording nothing.
     void decodeAudio(CallAudio& audio);
     Json toJson(bool wavWritten) const;
+    // The signalling messages in arrival order, each sent by the caller when it comes from where
+    // the first one came from; at most kMaxMessages of them.
+    Json messagesJson() const;
+
+    static constexpr size_t kMaxMessages = 1000;
+    static constexpr size_t kMaxLineLength = 2000;
 
 private:
     // What the signalling calls a stream's payload type, looked up once per type and media change
@@ -99,6 +112,7 @@ private:
     std::string codecName(const Stream& stream) const;
     const Codec* telephoneEvent(const Stream& stream) const;
     void recordRtcp(const Frame& frame);
+    void keepMessage(const Frame& frame, std::string_view line);
     std::string codecName(const Endpoint& destination, int payloadType) const;
     Json streamJson(const Stream& stream) const;
 
@@ -108,6 +122,7 @@ private:
     PcapWriter pcap_;
     uint64_t signallingPackets_ = 0;
     std::vector<std::string> descriptions_;  // H.323 texts as received
+    std::vector<SignallingMessage> messages_;  // the first kMaxMessages
     std::vector<MediaAddress> media_;
     uint64_t mediaVersion_ = 1;  // changes with media_, so that streams look their names up again
     std::vector<Stream> streams_;

@@ -1,6 +1,7 @@
 #include "CallArchive.h"
 
 #include "Log.h"
+#include "Text.h"
 
 #include <cctype>
 #include <ctime>
@@ -10,6 +11,8 @@ namespace recorder {
 namespace {
 
 constexpr size_t kMaxIdLength = 40;
+// How often the index's upkeep runs while no call comes.
+constexpr Milliseconds kUpkeepTick{1000};
 
 // Call-IDs may hold '/', '@' and anything else; folder names keep the safe characters only.
 std::string folderSafe(std::string_view id)
@@ -93,9 +96,14 @@ void CallArchive::writeCalls()
 {
     std::unique_lock<std::mutex> lock(mutex_);
     for (;;) {
-        changed_.wait(lock, [this] { return finishing_ || !queue_.empty(); });
-        if (queue_.empty())
+        lock.unlock();
+        upkeep();
+        lock.lock();
+        changed_.wait_for(lock, kUpkeepTick, [this] { return finishing_ || !queue_.empty(); });
+        if (queue_.empty() && finishing_)
             return;
+        if (queue_.empty())
+            continue;
         std::unique_ptr<Call> call = std::move(queue_.front());
         queue_.pop_front();
         lock.unlock();
@@ -117,6 +125,31 @@ void CallArchive::write(Call& call)
     const Json json = call.toJson(wav);
     writeText(call.folder() / "call.json", json.dump(2) + '\n', std::ios::trunc);
     writeText(root_ / "calls.jsonl", json.dump() + '\n', std::ios::app);
+    if (index_)
+        addToIndex(call, json);
+}
+
+// The index reads the record back as JSON, which must be UTF-8 whatever the wire brought.
+void CallArchive::addToIndex(const Call& call, const Json& record)
+{
+    IndexedCall indexed;
+    try {
+        indexed.record = nlohmann::json::parse(validUtf8(record.dump()));
+        indexed.record["messages"] = nlohmann::json::parse(validUtf8(call.messagesJson().dump()));
+    } catch (const nlohmann::json::exception& error) {
+        log::error() << "Call " << call.name() << " left out of the index: " << error.what();
+        return;
+    }
+    indexed.folderName = call.folder().filename().string();
+    indexed.startMs = std::chrono::duration_cast<Milliseconds>(call.info().start.time_since_epoch()).count();
+    indexed.endMs = std::chrono::duration_cast<Milliseconds>(call.info().end.time_since_epoch()).count();
+    index_->add(std::move(indexed));
+}
+
+void CallArchive::upkeep()
+{
+    if (index_)
+        index_->upkeep(Clock::now());
 }
 
 }  // namespace recorder

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Call.h"
+#include "IndexWriter.h"
 
 #include <condition_variable>
 #include <deque>
@@ -23,6 +24,8 @@ public:
     CallArchive(const CallArchive&) = delete;
     CallArchive& operator=(const CallArchive&) = delete;
 
+    // Finished calls also go to `index`, and its upkeep runs on the writing thread; before prepare().
+    void indexTo(IndexWriter* index) { index_ = index; }
     // Creates the folder and starts the writing thread.
     bool prepare();
     const std::filesystem::path& root() const { return root_; }
@@ -39,9 +42,12 @@ public:
 private:
     void writeCalls();
     void write(Call& call);
+    void addToIndex(const Call& call, const Json& record);
+    void upkeep();
 
     std::filesystem::path root_;
     FileCache audioFiles_{8};  // the writing thread's: one call's audio channels at a time
+    IndexWriter* index_ = nullptr;
     std::thread writer_;
     std::mutex mutex_;
     std::condition_variable changed_;

@@ -32,6 +32,8 @@ void Heartbeat::replied(TimePoint now)
 {
     if (lateReported_)
         log::info() << "Heartbeat reply received " << millisBetween(askedAt_, now) << " ms after the request";
+    if (waiting_)
+        lastRoundTrip_ = Milliseconds(millisBetween(askedAt_, now));
     reset();
 }
 

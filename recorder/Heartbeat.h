@@ -18,6 +18,8 @@ public:
     void replied(TimePoint now);
     // The sniffer went away: what was asked of it will not be answered.
     void reset();
+    // The last answered probe's round trip; negative before any.
+    Milliseconds lastRoundTrip() const { return lastRoundTrip_; }
 
 private:
     CommandSink& sniffer_;
@@ -26,6 +28,7 @@ private:
     TimePoint askedAt_{};
     bool waiting_ = false;
     bool lateReported_ = false;
+    Milliseconds lastRoundTrip_{-1};
 };
 
 }  // namespace recorder

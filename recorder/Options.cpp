@@ -39,7 +39,31 @@ bool parsePort(const char* text, uint16_t& port)
     return true;
 }
 
+// "ADDR:PORT"
+bool parseListenAddress(const std::string& text, std::string& address, uint16_t& port)
+{
+    const size_t colon = text.rfind(':');
+    if (colon == std::string::npos || colon == 0)
+        return false;
+    address = text.substr(0, colon);
+    return parsePort(text.c_str() + colon + 1, port);
+}
+
+bool parseDays(const char* text, double& days)
+{
+    char* end = nullptr;
+    days = std::strtod(text, &end);
+    return end != text && *end == '\0' && days > 0 && days <= 36500;
+}
+
 }  // namespace
+
+std::string databaseUrl(const Options& options)
+{
+    if (options.database == "none")
+        return "";
+    return options.database.empty() ? "sqlite:" + (options.output / "calls.db").string() : options.database;
+}
 
 std::string usage(const std::string& program)
 {
@@ -63,6 +87,13 @@ std::string usage(const std::string& program)
          << defaults.stats.count() / 1000.0 << ")\n"
          << "  -B, --backlog-limit MIB hold at most this much of what was read and not yet written; past it\n"
          << "                          frames are dropped and counted (default " << defaults.backlogLimitMiB << ")\n"
+         << "  -D, --database URL      index the calls in this database: sqlite:PATH, or none (default\n"
+         << "                          sqlite:DIR/calls.db)\n"
+         << "  -H, --http ADDR:PORT    serve the call list, the calls, a JSON API and /metrics there (default\n"
+         << "                          off; PORT 0 for any free one)\n"
+         << "  -T, --http-token TOKEN  answer only requests with \"Authorization: Bearer TOKEN\" or ?token=TOKEN\n"
+         << "  -k, --keep-days DAYS    remove the calls that started longer ago, their folders and rows\n"
+         << "                          (default: keep them)\n"
          << "  -v, --verbose           also log each command sent and each RTP packet that belongs to no call\n"
          << "  -h, --help              print this help and exit\n\n"
          << "Each call goes to DIR/<start>_<call id>/: call.pcap (its SIP and RTP), call.json (parties,\n"
@@ -79,12 +110,14 @@ OptionsResult parseOptions(int argc, char* argv[], Options& options, std::string
         {"heartbeat", required_argument, nullptr, 'b'}, {"linger", required_argument, nullptr, 'l'},
         {"stats", required_argument, nullptr, 's'},   {"backlog-limit", required_argument, nullptr, 'B'},
         {"verbose", no_argument, nullptr, 'v'},       {"help", no_argument, nullptr, 'h'},
+        {"database", required_argument, nullptr, 'D'}, {"http", required_argument, nullptr, 'H'},
+        {"http-token", required_argument, nullptr, 'T'}, {"keep-days", required_argument, nullptr, 'k'},
         {nullptr, 0, nullptr, 0},
     };
     optind = 1;
     opterr = 0;
     int option;
-    while ((option = getopt_long(argc, argv, "a:p:o:i:b:l:s:B:vh", longOptions, nullptr)) != -1) {
+    while ((option = getopt_long(argc, argv, "a:p:o:i:b:l:s:B:vhD:H:T:k:", longOptions, nullptr)) != -1) {
         switch (option) {
         case 'a': options.address = optarg; break;
         case 'p':
@@ -117,6 +150,20 @@ OptionsResult parseOptions(int argc, char* argv[], Options& options, std::string
             }
             break;
         case 'v': options.verbose = true; break;
+        case 'D': options.database = optarg; break;
+        case 'H':
+            if (!parseListenAddress(optarg, options.httpAddress, options.httpPort)) {
+                problem = std::string("invalid address, ADDR:PORT expected: ") + optarg;
+                return OptionsResult::Invalid;
+            }
+            break;
+        case 'T': options.httpToken = optarg; break;
+        case 'k':
+            if (!parseDays(optarg, options.keepDays)) {
+                problem = std::string("invalid number of days: ") + optarg;
+                return OptionsResult::Invalid;
+            }
+            break;
         case 'h': return OptionsResult::Help;
         default:
             problem = std::string("unknown or incomplete option: ") + argv[optind - 1];

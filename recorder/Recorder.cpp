@@ -18,13 +18,61 @@ Recorder::Recorder(const Options& options)
       backlog_(options.backlogLimitMiB * kMiB),
       link_(backlog_),
       tracker_(link_, archive_, files_, options.idle, options.linger),
-      heartbeat_(link_, options.heartbeat, Clock::now())
+      heartbeat_(link_, options.heartbeat, Clock::now()),
+      metrics_(link_.counters(), backlog_)
 {
+}
+
+bool Recorder::startIndex()
+{
+    const std::string url = databaseUrl(options_);
+    if (url.empty() && options_.keepDays > 0)
+        log::error() << "--keep-days needs the call index: --database none leaves it out";
+    if (url.empty())
+        return options_.keepDays == 0;
+    index_ = makeCallIndex(url);
+    if (!index_) {
+        log::error() << "Unknown database " << url << ": sqlite:PATH or none expected";
+        return false;
+    }
+    if (options_.keepDays > 0)
+        retention_ = std::make_unique<Retention>(*index_, options_.output, options_.keepDays);
+    indexWriter_ = std::make_unique<IndexWriter>(*index_, retention_.get());
+    archive_.indexTo(indexWriter_.get());
+    metrics_.watchIndex(indexWriter_.get());
+    return true;
+}
+
+// Once the output folder, where the database usually is, exists.
+void Recorder::openIndex()
+{
+    try {
+        if (index_)
+            index_->open();
+    } catch (const std::runtime_error& error) {
+        log::error() << "Cannot open the call index, trying again with each call: " << error.what();
+    }
+}
+
+bool Recorder::startWeb()
+{
+    if (options_.httpAddress.empty())
+        return true;
+    if (!index_) {
+        log::error() << "The web page needs the call index: --database none leaves it out";
+        return false;
+    }
+    web_ = std::make_unique<WebServer>(*index_, options_.output, options_.httpToken,
+                                       [this] { return metrics_.text(); });
+    return web_->start(options_.httpAddress, options_.httpPort);
 }
 
 int Recorder::run(const sigset_t& stopSignals)
 {
-    if (!archive_.prepare() || !link_.listen(options_.address, options_.port) || !link_.start(stopSignals))
+    if (!startIndex() || !archive_.prepare())
+        return 1;
+    openIndex();
+    if (!startWeb() || !link_.listen(options_.address, options_.port) || !link_.start(stopSignals))
         return 1;
     log::info() << "Writing calls to " << std::filesystem::absolute(archive_.root()).string();
     TimePoint nextStats = Clock::now() + options_.stats;
@@ -38,6 +86,8 @@ int Recorder::run(const sigset_t& stopSignals)
         const TimePoint now = Clock::now();
         tracker_.tick(now);
         heartbeat_.tick(now);
+        metrics_.publishCalls(tracker_.openCalls(), tracker_.recordedCalls());
+        metrics_.publishHeartbeat(heartbeat_.lastRoundTrip());
         if (options_.stats.count() > 0 && now >= nextStats) {
             logStats();
             nextStats = now + options_.stats;
@@ -45,6 +95,8 @@ int Recorder::run(const sigset_t& stopSignals)
     }
     link_.join();
     log::info() << "Stopping";
+    if (web_)
+        web_->stop();
     tracker_.finishAll(Clock::now());
     archive_.finish();
     logStats();

@@ -5,8 +5,14 @@
 #include "CallTracker.h"
 #include "FileCache.h"
 #include "Heartbeat.h"
+#include "IndexWriter.h"
 #include "Options.h"
+#include "RecorderMetrics.h"
+#include "Retention.h"
 #include "SnifferLink.h"
+#include "WebServer.h"
+
+#include <memory>
 
 #include <signal.h>
 
@@ -25,14 +31,23 @@ public:
 private:
     void handle(LinkEvent event, const Frame& frame);
     void logStats() const;
+    bool startIndex();
+    void openIndex();
+    bool startWeb();
 
     Options options_;
+    // Before the archive, whose thread writes to them until it finishes.
+    std::unique_ptr<CallIndex> index_;
+    std::unique_ptr<Retention> retention_;
+    std::unique_ptr<IndexWriter> indexWriter_;
     CallArchive archive_;
     FileCache files_;
     Backlog backlog_;
     SnifferLink link_;
     CallTracker tracker_;
     Heartbeat heartbeat_;
+    RecorderMetrics metrics_;
+    std::unique_ptr<WebServer> web_;
 };
 
 }  // namespace recorder

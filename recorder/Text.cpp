@@ -60,4 +60,44 @@ long leadingNumber(std::string_view text)
     return value;
 }
 
+namespace {
+
+// The length of the well-formed UTF-8 sequence at the start of `text`, 0 when there is none.
+size_t utf8SequenceLength(std::string_view text)
+{
+    const auto byte = [&text](size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned char lead = byte(0);
+    if (lead < 0x80)
+        return 1;
+    // The lowest and highest second byte each lead allows (no overlongs, surrogates or > U+10FFFF).
+    size_t length = 0;
+    unsigned char low = 0x80, high = 0xbf;
+    if (lead >= 0xc2 && lead <= 0xdf)
+        length = 2;
+    else if (lead >= 0xe0 && lead <= 0xef)
+        length = 3, low = lead == 0xe0 ? 0xa0 : 0x80, high = lead == 0xed ? 0x9f : 0xbf;
+    else if (lead >= 0xf0 && lead <= 0xf4)
+        length = 4, low = lead == 0xf0 ? 0x90 : 0x80, high = lead == 0xf4 ? 0x8f : 0xbf;
+    if (length == 0 || text.size() < length || byte(1) < low || byte(1) > high)
+        return 0;
+    for (size_t i = 2; i < length; ++i)
+        if (byte(i) < 0x80 || byte(i) > 0xbf)
+            return 0;
+    return length;
+}
+
+}  // namespace
+
+std::string validUtf8(std::string_view text)
+{
+    std::string valid;
+    valid.reserve(text.size());
+    while (!text.empty()) {
+        const size_t length = utf8SequenceLength(text);
+        valid += length ? text.substr(0, length) : std::string_view("\xef\xbf\xbd");
+        text.remove_prefix(length ? length : 1);
+    }
+    return valid;
+}
+
 }  // namespace recorder

@@ -37,6 +37,13 @@ RecorderProcess::RecorderProcess(const std::vector<std::string>& extraArguments)
     port_ = static_cast<uint16_t>(std::stoi(text.substr(text.find(listening) + listening.size())));
 }
 
+uint16_t RecorderProcess::httpPort() const
+{
+    const std::string text = log(), serving = "Web page on http://127.0.0.1:";
+    const size_t at = text.find(serving);
+    return at == std::string::npos ? 0 : static_cast<uint16_t>(std::stoi(text.substr(at + serving.size())));
+}
+
 bool RecorderProcess::waitForLog(const std::string& text, std::chrono::milliseconds timeout) const
 {
     return waitForText(dir_.file("recorder.log"), text, timeout);

@@ -20,6 +20,8 @@ public:
     uint16_t port() const { return port_; }
     std::filesystem::path output() const { return dir_.file("out"); }
     std::string log() const { return readFile(dir_.file("recorder.log")); }
+    // The port of the web side, started with "--http 127.0.0.1:0"; 0 when there is none.
+    uint16_t httpPort() const;
     bool waitForLog(const std::string& text, std::chrono::milliseconds timeout = 3s) const;
     // The lines of calls.jsonl once there are at least `count`, or those there are after `timeout`.
     std::vector<std::string> waitForCalls(size_t count, std::chrono::milliseconds timeout = 5s) const;
