@@ -45,12 +45,3 @@ void SnifferRun::stop() {
     engine->stopSniffing();
     consumer.join();
 }
-
-OptionInEnvironment::OptionInEnvironment(const std::string& key, const std::string& value)
-    : name(EngineOptions::environmentPrefix + key) {
-    setenv(name.c_str(), value.c_str(), 1);
-}
-
-OptionInEnvironment::~OptionInEnvironment() {
-    unsetenv(name.c_str());
-}

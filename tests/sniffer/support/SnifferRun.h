@@ -43,17 +43,4 @@ private:
     std::thread consumer;
 };
 
-// SNIFFER_<key>=value for the life of the object: an opt-in key for the
-// runs made meanwhile.
-class OptionInEnvironment {
-public:
-    OptionInEnvironment(const std::string& key, const std::string& value);
-    ~OptionInEnvironment();
-    OptionInEnvironment(const OptionInEnvironment&) = delete;
-    OptionInEnvironment& operator=(const OptionInEnvironment&) = delete;
-
-private:
-    std::string name;
-};
-
 #endif
