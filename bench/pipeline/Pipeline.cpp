@@ -12,6 +12,7 @@
 #include <log4cxx/basicconfigurator.h>
 #include <log4cxx/logger.h>
 
+#include "EngineOptions.h"
 #include "SngDissector.h"
 #include "Sniffer.h"
 #include "Traffic.h"
@@ -121,6 +122,7 @@ public:
         log4cxx::Logger::getLogger("SnifferClient")->setLevel(log4cxx::Level::getWarn());
         Sniffer::installWakeSignal();  // stopSniffing() interrupts capture threads with it
         sniffer.setEmbedded(true);
+        sniffer.loadOptions(EngineOptions::fromEnvironment);  // SNIFFER_<key>: a run with opt-in keys
         sniffer.setDevice(device.c_str());
         sniffer.setFilter(filter);
         sniffer.setupSniffing();
