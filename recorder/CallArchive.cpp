@@ -115,18 +115,37 @@ void CallArchive::writeCalls()
 }
 
 // The call was closed on the thread that recorded it: its pcap is complete, and call.wav is
-// decoded from it here.
+// decoded from it here. Each file is encrypted as soon as nothing more reads or writes it.
 void CallArchive::write(Call& call)
 {
     CallAudio audio(audioFiles_, call.folder());
     call.decodeAudio(audio);
     audio.close();
+    seal(call, "call.pcap");
     const bool wav = !audio.empty() && audio.writeWav(call.folder() / "call.wav");
+    if (wav)
+        seal(call, "call.wav");
     const Json json = call.toJson(wav);
-    writeText(call.folder() / "call.json", json.dump(2) + '\n', std::ios::trunc);
+    if (writeText(call.folder() / "call.json", json.dump(2) + '\n', std::ios::trunc))
+        seal(call, "call.json");
     writeText(root_ / "calls.jsonl", json.dump() + '\n', std::ios::app);
     if (index_)
         addToIndex(call, json);
+}
+
+// A file that cannot be encrypted is removed rather than left in clear.
+void CallArchive::seal(const Call& call, const char* name)
+{
+    if (!publicKey_)
+        return;
+    const std::filesystem::path clear = call.folder() / name;
+    std::error_code error;
+    if (!std::filesystem::exists(clear, error))
+        return;
+    std::string problem;
+    if (!SealedFile::seal(clear, clear.string() + ".enc", *publicKey_, problem))
+        log::error() << "Call " << call.name() << ": " << name << " removed, not encrypted: " << problem;
+    std::filesystem::remove(clear, error);
 }
 
 // The index reads the record back as JSON, which must be UTF-8 whatever the wire brought.

@@ -2,12 +2,14 @@
 
 #include "Call.h"
 #include "IndexWriter.h"
+#include "SealedFile.h"
 
 #include <condition_variable>
 #include <deque>
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string_view>
 #include <thread>
 
@@ -26,6 +28,9 @@ public:
 
     // Finished calls also go to `index`, and its upkeep runs on the writing thread; before prepare().
     void indexTo(IndexWriter* index) { index_ = index; }
+    // Each finished call.pcap, call.wav and call.json is then encrypted to `publicKey` as
+    // NAME.enc (SealedFile) and the clear file removed; before prepare().
+    void encryptTo(const SealedFile::PublicKey& publicKey) { publicKey_ = publicKey; }
     // Creates the folder and starts the writing thread.
     bool prepare();
     const std::filesystem::path& root() const { return root_; }
@@ -42,12 +47,15 @@ public:
 private:
     void writeCalls();
     void write(Call& call);
+    // Encrypts one finished file of the call's folder, if asked to.
+    void seal(const Call& call, const char* name);
     void addToIndex(const Call& call, const Json& record);
     void upkeep();
 
     std::filesystem::path root_;
     FileCache audioFiles_{8};  // the writing thread's: one call's audio channels at a time
     IndexWriter* index_ = nullptr;
+    std::optional<SealedFile::PublicKey> publicKey_;
     std::thread writer_;
     std::mutex mutex_;
     std::condition_variable changed_;

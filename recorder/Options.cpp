@@ -94,6 +94,9 @@ std::string usage(const std::string& program)
          << "  -T, --http-token TOKEN  answer only requests with \"Authorization: Bearer TOKEN\" or ?token=TOKEN\n"
          << "  -k, --keep-days DAYS    remove the calls that started longer ago, their folders and rows\n"
          << "                          (default: keep them)\n"
+         << "  -E, --encrypt-to FILE   encrypt call.pcap, call.wav and call.json of each call to the public\n"
+         << "                          key in FILE (recorder-decrypt --make-keys makes one); they become\n"
+         << "                          *.enc once the call is written\n"
          << "  -v, --verbose           also log each command sent and each RTP packet that belongs to no call\n"
          << "  -h, --help              print this help and exit\n\n"
          << "Each call goes to DIR/<start>_<call id>/: call.pcap (its SIP and RTP), call.json (parties,\n"
@@ -112,12 +115,13 @@ OptionsResult parseOptions(int argc, char* argv[], Options& options, std::string
         {"verbose", no_argument, nullptr, 'v'},       {"help", no_argument, nullptr, 'h'},
         {"database", required_argument, nullptr, 'D'}, {"http", required_argument, nullptr, 'H'},
         {"http-token", required_argument, nullptr, 'T'}, {"keep-days", required_argument, nullptr, 'k'},
+        {"encrypt-to", required_argument, nullptr, 'E'},
         {nullptr, 0, nullptr, 0},
     };
     optind = 1;
     opterr = 0;
     int option;
-    while ((option = getopt_long(argc, argv, "a:p:o:i:b:l:s:B:vhD:H:T:k:", longOptions, nullptr)) != -1) {
+    while ((option = getopt_long(argc, argv, "a:p:o:i:b:l:s:B:vhD:H:T:k:E:", longOptions, nullptr)) != -1) {
         switch (option) {
         case 'a': options.address = optarg; break;
         case 'p':
@@ -158,6 +162,7 @@ OptionsResult parseOptions(int argc, char* argv[], Options& options, std::string
             }
             break;
         case 'T': options.httpToken = optarg; break;
+        case 'E': options.encryptTo = optarg; break;
         case 'k':
             if (!parseDays(optarg, options.keepDays)) {
                 problem = std::string("invalid number of days: ") + optarg;

@@ -23,6 +23,7 @@ struct Options {
     uint16_t httpPort = 0;
     std::string httpToken;  // empty: none asked for
     double keepDays = 0;    // 0: calls are kept
+    std::filesystem::path encryptTo;  // a public key file; empty: recordings in clear
 };
 
 // The index's URL that `options` ask for; empty when there is none.

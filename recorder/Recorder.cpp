@@ -1,5 +1,6 @@
 #include "Recorder.h"
 
+#include "KeyFile.h"
 #include "Log.h"
 
 namespace recorder {
@@ -67,9 +68,23 @@ bool Recorder::startWeb()
     return web_->start(options_.httpAddress, options_.httpPort);
 }
 
+bool Recorder::startEncryption()
+{
+    if (options_.encryptTo.empty())
+        return true;
+    KeyFile::Key key;
+    std::string problem;
+    if (!KeyFile::read(options_.encryptTo, key, problem)) {
+        log::error() << "Cannot encrypt the recordings: " << problem;
+        return false;
+    }
+    archive_.encryptTo(key);
+    return true;
+}
+
 int Recorder::run(const sigset_t& stopSignals)
 {
-    if (!startIndex() || !archive_.prepare())
+    if (!startEncryption() || !startIndex() || !archive_.prepare())
         return 1;
     openIndex();
     if (!startWeb() || !link_.listen(options_.address, options_.port) || !link_.start(stopSignals))

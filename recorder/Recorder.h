@@ -31,6 +31,8 @@ public:
 private:
     void handle(LinkEvent event, const Frame& frame);
     void logStats() const;
+    // Reads the public key of --encrypt-to, if given, for the archive.
+    bool startEncryption();
     bool startIndex();
     void openIndex();
     bool startWeb();

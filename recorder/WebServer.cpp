@@ -222,6 +222,11 @@ void WebServer::sendFile(const httplib::Request& request, httplib::Response& res
     const auto folder = index_.folderOf(std::stoll(request.matches[1]));
     const std::filesystem::path path = folder && plainName(*folder) ? root_ / *folder / name : std::filesystem::path();
     std::error_code error;
+    if (!path.empty() && std::filesystem::is_regular_file(path.string() + ".enc", error)) {
+        sendJson(response, {{"error", "the recording is encrypted: " + name + ".enc opens with recorder-decrypt"}},
+                 409);
+        return;
+    }
     if (path.empty() || !std::filesystem::is_regular_file(path, error)) {
         sendJson(response, {{"error", "no such file"}}, 404);
         return;

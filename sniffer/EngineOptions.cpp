@@ -7,6 +7,8 @@
 
 #include <log4cxx/logger.h>
 
+#include "AddressText.h"
+
 namespace {
 log4cxx::LoggerPtr logger = log4cxx::Logger::getLogger("SnifferClient");
 
@@ -89,6 +91,32 @@ std::string showHepCollector(const EngineOptions& options) {
     return options.hepCollector;
 }
 
+// "IP[,IP...]", blanks around an address allowed.
+bool parseCommandSource(const std::string& value, EngineOptions& options) {
+    std::vector<uint32_t> addresses;
+    std::istringstream list(value);
+    std::string item;
+    while (std::getline(list, item, ',')) {
+        const std::size_t first = item.find_first_not_of(" \t");
+        const std::size_t last = item.find_last_not_of(" \t");
+        in_addr address{};
+        if (first == std::string::npos || inet_pton(AF_INET, item.substr(first, last - first + 1).c_str(), &address) != 1)
+            return false;
+        addresses.push_back(ntohl(address.s_addr));
+    }
+    if (addresses.empty() || value.back() == ',')
+        return false;
+    options.commandSources = addresses;
+    return true;
+}
+
+std::string showCommandSource(const EngineOptions& options) {
+    std::string text;
+    for (const uint32_t address : options.commandSources)
+        text += (text.empty() ? "" : ",") + dottedQuad(address);
+    return text;
+}
+
 bool parseHepTransport(const std::string& value, EngineOptions& options) {
     if (value == "udp")
         options.hepTransport = EngineOptions::HepTransport::Udp;
@@ -118,6 +146,7 @@ const char* const documentedWords = "one of the documented words";
 const ChoiceKey choiceKeys[] = {
     {"LinkMode", parseLinkMode, showLinkMode, documentedWords},
     {"Decapsulate", parseDecapsulate, showDecapsulate, documentedWords},
+    {"CommandSource", parseCommandSource, showCommandSource, "IPv4 addresses separated by commas, as 192.0.2.7,192.0.2.8"},
     {"HepCollector", parseHepCollector, showHepCollector, "an IPv4 address and a port, as 192.0.2.7:9060"},
     {"HepTransport", parseHepTransport, showHepTransport, documentedWords},
     {"HepPassword", parseHepPassword, showHepPassword, documentedWords},

@@ -2,8 +2,10 @@
 #define SNIFFER_ENGINE_OPTIONS_H
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 // The engine's opt-in settings: every one of them at its default leaves the
 // engine's classic behaviour untouched, byte for byte and line for line.
@@ -33,6 +35,10 @@ public:
     // Classification.
     bool decapsulate = false;  // read IPv4 under tag stacks, labels and tunnels
 
+    // UDP link: the addresses commands are taken from (host byte order);
+    // empty: every sender, which also takes the frames over.
+    std::vector<uint32_t> commandSources;
+
     // Export of SIP to a HEP collector, beside the recorder link.
     std::string hepCollector;  // "a.b.c.d:port"; empty: no export
     HepTransport hepTransport = HepTransport::Udp;
@@ -49,6 +55,7 @@ public:
     static std::string fromEnvironment(const std::string& key);
 
     bool reliable() const { return linkMode == LinkMode::Reliable; }
+    bool restrictsCommands() const { return !commandSources.empty(); }
     bool exportsHep() const { return !hepCollector.empty(); }
     // True when any key was given, even at its default value: the counters
     // are logged only then, so that a classic run logs what it always did.

@@ -22,6 +22,7 @@ struct EngineStats {
     Counter preRollDropped{0};  // past the pre-roll's memory limit
     Counter hepSent{0};
     Counter hepDropped{0};  // past the HEP queue's bound, too long, or a datagram the system refused
+    Counter commandsIgnored{0};  // UDP command datagrams from an address CommandSource does not list
 
     static void add(Counter& counter, uint64_t n = 1) { counter.fetch_add(n, std::memory_order_relaxed); }
     static uint64_t read(const Counter& counter) { return counter.load(std::memory_order_relaxed); }

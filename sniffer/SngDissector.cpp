@@ -409,7 +409,8 @@ void SngDissector::makeConnection(bool embedded) {
     const char* protocol = sniffer ? sniffer->getServerProtocol() : "";
     const bool shared = sameRecorder(serverNameMedia, serverPortMedia, serverNameSig, serverPortSig);
     if (std::strlen(protocol) >= 3 && SipHelper::memcmpNocase(protocol, "UDP", 3) == 0) {
-        conMedia = new UdpConnection(serverNameMedia, serverPortMedia);
+        conMedia = new UdpConnection(serverNameMedia, serverPortMedia,
+                                     CommandSourceFilter(options.commandSources, stats.commandsIgnored));
         LOG4CXX_INFO(logger, "UDP connection created");
         conSig = shared ? nullptr : new UdpConnection(serverNameSig, serverPortSig);
         return;

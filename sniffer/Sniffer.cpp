@@ -436,6 +436,8 @@ std::string Sniffer::describeStats() const {
          << " droppedLinkDown=" << n(s.droppedLinkDown);
     if (options.exportsHep())
         line << "; hep sent=" << n(s.hepSent) << " dropped=" << n(s.hepDropped);
+    if (options.restrictsCommands())
+        line << "; commands ignored=" << n(s.commandsIgnored);
     return line.str();
 }
 

@@ -10,7 +10,8 @@
 
 log4cxx::LoggerPtr UdpConnection::logger = log4cxx::Logger::getLogger("SnifferClient");
 
-UdpConnection::UdpConnection(const char* host, int port) : serverPort(port), serverHost(host) {
+UdpConnection::UdpConnection(const char* host, int port, CommandSourceFilter sources)
+    : serverPort(port), serverHost(host), sources(std::move(sources)) {
     serverAddr.sin_family = AF_INET;
     serverAddr.sin_addr.s_addr = inet_addr(serverHost);
     serverAddr.sin_port = htons(static_cast<uint16_t>(port));
@@ -47,10 +48,15 @@ int UdpConnection::sendPacket(u_char* frame, int length) {
 
 bool UdpConnection::receiveRequest(SnifferRequest& request) {
     sockaddr_in from{};
-    socklen_t fromLen = sizeof from;
-    const ssize_t n = recvfrom(clientSd, buffer, receiveBufferSize, 0, reinterpret_cast<sockaddr*>(&from), &fromLen);
-    if (n <= 0)
-        return false;
+    ssize_t n = 0;
+    // A refused datagram is passed over, so that a command queued behind it
+    // takes effect in the same round.
+    do {
+        socklen_t fromLen = sizeof from;
+        n = recvfrom(clientSd, buffer, receiveBufferSize, 0, reinterpret_cast<sockaddr*>(&from), &fromLen);
+        if (n <= 0)
+            return false;
+    } while (!sources.accepts(ntohl(from.sin_addr.s_addr)));
     {
         std::lock_guard<std::mutex> guard(addrLock);
         serverAddr = from;

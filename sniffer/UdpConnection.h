@@ -8,15 +8,17 @@
 #include <log4cxx/logger.h>
 
 #include "BaseConnection.h"
+#include "CommandSourceFilter.h"
 
 // Datagram link to the recorder: one frame per datagram, one command per
 // datagram. Frames go to the sender of the last command received, so a
-// recorder can take the stream over by sending it a command.
+// recorder can take the stream over by sending it a command; a datagram the
+// filter refuses is neither decoded nor followed.
 class UdpConnection : public BaseConnection {
 public:
     static constexpr int receiveBufferSize = 2000;
 
-    UdpConnection(const char* host, int port);
+    UdpConnection(const char* host, int port, CommandSourceFilter sources = {});
     ~UdpConnection() override = default;
 
     bool receiveRequest(SnifferRequest& request) override;
@@ -34,6 +36,7 @@ private:
     int clientSd = -1;
     int serverPort;
     const char* serverHost;
+    CommandSourceFilter sources;
     // serverAddr is rewritten by the command reader while the sender reads it.
     std::mutex addrLock;
     u_char buffer[receiveBufferSize] = {};

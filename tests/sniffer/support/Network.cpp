@@ -34,8 +34,9 @@ uint16_t localPort(int fd) {
     return ntohs(local.sin_port);
 }
 
-UdpSocket::UdpSocket(uint16_t port) : fd(socket(AF_INET, SOCK_DGRAM, 0)) {
-    const sockaddr_in local = loopback(port);
+UdpSocket::UdpSocket(uint16_t port, const char* address) : fd(socket(AF_INET, SOCK_DGRAM, 0)) {
+    sockaddr_in local = loopback(port);
+    inet_pton(AF_INET, address, &local.sin_addr);
     if (bind(fd, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
         close(fd);
         throw std::runtime_error("cannot bind a UDP socket to port " + std::to_string(port));

@@ -21,11 +21,11 @@ Bytes bytesOf(const std::string& text);
 // The local port a socket is bound to.
 uint16_t localPort(int fd);
 
-// A UDP socket bound to 127.0.0.1 and `port` (0: an ephemeral one), for
-// sending test traffic and for playing a recorder.
+// A UDP socket bound to `address` (a loopback one) and `port` (0: an
+// ephemeral one), for sending test traffic and for playing a recorder.
 class UdpSocket {
 public:
-    explicit UdpSocket(uint16_t port = 0);
+    explicit UdpSocket(uint16_t port = 0, const char* address = "127.0.0.1");
     ~UdpSocket();
     UdpSocket(const UdpSocket&) = delete;
     UdpSocket& operator=(const UdpSocket&) = delete;
