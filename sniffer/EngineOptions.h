@@ -32,6 +32,8 @@ public:
 
     // Classification.
     bool decapsulate = false;  // read IPv4 under tag stacks, labels and tunnels
+    bool reassembleIp = false;  // put fragmented IPv4 datagrams together before classifying them
+    int reassemblyLimitMiB = 16;
 
     // Export of SIP to a HEP collector, beside the recorder link.
     std::string hepCollector;  // "a.b.c.d:port"; empty: no export
@@ -55,6 +57,7 @@ public:
     bool anyKeyGiven() const { return keysGiven; }
     std::size_t queueLimitBytes() const { return std::size_t(queueLimitMiB) << 20; }
     std::size_t preRollLimitBytes() const { return std::size_t(preRollLimitMiB) << 20; }
+    std::size_t reassemblyLimitBytes() const { return std::size_t(reassemblyLimitMiB) << 20; }
 
     // "Key=value" for every key not at its default, comma-separated; empty
     // when all are at their defaults.
