@@ -319,17 +319,10 @@ Bytes largeInvite(const std::string& callId) {
     return bytesOf(head + std::to_string(bodyLength) + "\r\n\r\n" + body);
 }
 
-// The UDP datagram 10.0.0.1:5060 > 10.0.0.2:5060 that carries `payload`.
-Bytes udpDatagram(const Bytes& payload) {
-    const Bytes packet = withoutEthernet(udpFrame({"10.0.0.1", 5060}, {"10.0.0.2", 5060}, payload));
-    return Bytes(packet.begin() + 20, packet.end());
-}
+const Endpoint caller{"10.0.0.1", 5060}, callee{"10.0.0.2", 5060};
 
-// Bytes [from, to) of the datagram as an IPv4 fragment of 10.0.0.1 > 10.0.0.2.
 Bytes fragmentOf(const Bytes& datagram, uint16_t id, std::size_t from, std::size_t to) {
-    const bool more = to < datagram.size();
-    return ipFrame(IPPROTO_UDP, uint16_t(20 + to - from), id, uint16_t((more ? 0x2000 : 0) | from / 8), 64, 0,
-                   Bytes(datagram.begin() + from, datagram.begin() + to));
+    return ipFragment(IPPROTO_UDP, caller.ip, callee.ip, id, datagram, from, to);
 }
 
 // As a link of 1,500 bytes cuts it.
@@ -386,7 +379,7 @@ protected:
 
 TEST_F(Reassembling, AnInviteInFragmentsIsForwardedOnceWholeInAnyOrderTheFirstCopyOfAByteWinning) {
     const Bytes message = largeInvite("whole@10.0.0.1");
-    const Bytes datagram = udpDatagram(message);
+    const Bytes datagram = udpDatagram(caller, callee, message);
     const std::vector<Bytes> inOrder = fragmentsOf(datagram, 1);
     const TempDir dir;
     writeCapture(dir.file("fragments.pcap"), DLT_EN10MB, inOrder);
@@ -409,7 +402,7 @@ TEST_F(Reassembling, AnInviteInFragmentsIsForwardedOnceWholeInAnyOrderTheFirstCo
 TEST_F(Reassembling, AnIncompleteDatagramIsLetGoFiveSecondsOfCaptureTimeOnAndCounted) {
     timeval start{};
     gettimeofday(&start, nullptr);
-    const std::vector<Bytes> parts = fragmentsOf(udpDatagram(largeInvite("lost@10.0.0.1")), 7);
+    const std::vector<Bytes> parts = fragmentsOf(udpDatagram(caller, callee, largeInvite("lost@10.0.0.1")), 7);
     captureAt(parts[0], start);
     captureAt(parts[2], start);
     // A fragment that would take a datagram past 65,535 bytes is never held.
@@ -439,7 +432,7 @@ protected:
 
 TEST_F(ReassemblingWithinALimit, AFloodOfIncompleteDatagramsStaysWithinTheLimitTheOldestGoingFirst) {
     const Bytes message = largeInvite("flood@10.0.0.1");
-    const Bytes datagram = udpDatagram(message);
+    const Bytes datagram = udpDatagram(caller, callee, message);
     constexpr uint16_t flood = 1000;  // about six MiB held without a limit
     for (uint16_t id = 1; id <= flood; ++id)
         capture(fragmentOf(datagram, id, 0, 2960));
@@ -449,11 +442,12 @@ TEST_F(ReassemblingWithinALimit, AFloodOfIncompleteDatagramsStaysWithinTheLimitT
 
     expectDropped(fragmentOf(datagram, 1, 2960, datagram.size()));
     expectWhole({fragmentOf(datagram, flood, 2960, datagram.size())}, message);
+    EXPECT_TRUE(log.contains("INFO", "Opt-in settings: ReassembleIp=yes, ReassemblyLimit=1"));
 }
 
 TEST_F(Forwarding, WithoutReassemblyTheFirstFragmentGoesOutCutAndTheOthersAreDropped) {
     const Bytes message = largeInvite("classic@10.0.0.1");
-    const std::vector<Bytes> parts = fragmentsOf(udpDatagram(message), 1);
+    const std::vector<Bytes> parts = fragmentsOf(udpDatagram(caller, callee, message), 1);
     const ForwardedFrame first = forwarded(parts[0]);
     EXPECT_EQ(1, first.protocol());
     EXPECT_EQ(Bytes(message.begin(), message.begin() + 1472), first.payload());
