@@ -383,7 +383,8 @@ TEST_F(Reassembling, AnInviteInFragmentsIsForwardedOnceWholeInAnyOrderTheFirstCo
     const std::vector<Bytes> inOrder = fragmentsOf(datagram, 1);
     const TempDir dir;
     writeCapture(dir.file("fragments.pcap"), DLT_EN10MB, inOrder);
-    EXPECT_EQ(std::vector<std::string>{h323::test::hex(message)}, tshark::udpPayloads(dir.file("fragments.pcap"), {"sip"})[0]);
+    EXPECT_EQ(std::vector<std::string>{h323::test::hex(message)},
+              tshark::udpPayloads(dir.file("fragments.pcap"), {"sip"})[0]);
 
     expectWhole(inOrder, message);
     const std::vector<Bytes> shuffled = fragmentsOf(datagram, 2);
