@@ -446,6 +446,20 @@ TEST_F(ReassemblingWithinALimit, AFloodOfIncompleteDatagramsStaysWithinTheLimitT
     EXPECT_TRUE(log.contains("INFO", "Opt-in settings: ReassembleIp=yes, ReassemblyLimit=1"));
 }
 
+class DecapsulatingAndReassembling : public Reassembling {
+protected:
+    OptionInEnvironment decapsulate{"Decapsulate", "yes"};
+};
+
+// The fragments are those of the inner packet, each in a tunnel packet of its own.
+TEST_F(DecapsulatingAndReassembling, FragmentsInsideATunnelAreForwardedAsOneMessageWithTheInnerAddresses) {
+    const Bytes message = largeInvite("tunnelled@10.0.0.1");
+    std::vector<Bytes> tunnelled;
+    for (const Bytes& fragment : fragmentsOf(udpDatagram(caller, callee, message), 4))
+        tunnelled.push_back(overIp(4, withoutEthernet(fragment)));
+    expectWhole(tunnelled, message);
+}
+
 TEST_F(Forwarding, WithoutReassemblyTheFirstFragmentGoesOutCutAndTheOthersAreDropped) {
     const Bytes message = largeInvite("classic@10.0.0.1");
     const std::vector<Bytes> parts = fragmentsOf(udpDatagram(caller, callee, message), 1);
