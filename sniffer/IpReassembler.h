@@ -33,7 +33,10 @@ public:
 
     IpReassembler(std::size_t limitBytes, EngineStats& stats);
 
-    // Takes the IPv4 packet of `length` bytes at `ip`, captured at `time`.
+    // Takes the IPv4 packet of `length` bytes at `ip`, captured at `time`,
+    // after letting go of the datagrams held too long by then: every packet
+    // is given, so that capture time moves on without fragments too.
+    // NotFragment also for fragments of other protocols than UDP and TCP.
     // Complete: datagram() holds the whole datagram behind a 20-byte header
     // of its own, until the next call.
     Outcome take(const u_char* ip, int length, const timeval& time);
