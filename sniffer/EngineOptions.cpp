@@ -37,6 +37,8 @@ const NumberKey numberKeys[] = {
     {"PreRollLimit", &EngineOptions::preRollLimitMiB, 1, 65536},
     {"StatsInterval", &EngineOptions::statsIntervalS, 0, 86400},
     {"HepCaptureId", &EngineOptions::hepCaptureId, 0, 0x7FFFFFFF},
+    // At least one MiB, so that the longest datagram always fits.
+    {"ReassemblyLimit", &EngineOptions::reassemblyLimitMiB, 1, 65536},
 };
 
 bool parseLinkMode(const std::string& value, EngineOptions& options) {
@@ -53,15 +55,31 @@ std::string showLinkMode(const EngineOptions& options) {
     return options.reliable() ? "reliable" : "classic";
 }
 
-bool parseDecapsulate(const std::string& value, EngineOptions& options) {
+bool parseYesNo(const std::string& value, bool& out) {
     if (value != "yes" && value != "no")
         return false;
-    options.decapsulate = value == "yes";
+    out = value == "yes";
     return true;
 }
 
+std::string yesNo(bool value) {
+    return value ? "yes" : "no";
+}
+
+bool parseDecapsulate(const std::string& value, EngineOptions& options) {
+    return parseYesNo(value, options.decapsulate);
+}
+
 std::string showDecapsulate(const EngineOptions& options) {
-    return options.decapsulate ? "yes" : "no";
+    return yesNo(options.decapsulate);
+}
+
+bool parseReassembleIp(const std::string& value, EngineOptions& options) {
+    return parseYesNo(value, options.reassembleIp);
+}
+
+std::string showReassembleIp(const EngineOptions& options) {
+    return yesNo(options.reassembleIp);
 }
 
 bool parseNumber(const std::string& text, long min, long max, int& out) {
@@ -147,6 +165,7 @@ const ChoiceKey choiceKeys[] = {
     {"LinkMode", parseLinkMode, showLinkMode, documentedWords},
     {"Decapsulate", parseDecapsulate, showDecapsulate, documentedWords},
     {"CommandSource", parseCommandSource, showCommandSource, "IPv4 addresses separated by commas, as 192.0.2.7,192.0.2.8"},
+    {"ReassembleIp", parseReassembleIp, showReassembleIp, documentedWords},
     {"HepCollector", parseHepCollector, showHepCollector, "an IPv4 address and a port, as 192.0.2.7:9060"},
     {"HepTransport", parseHepTransport, showHepTransport, documentedWords},
     {"HepPassword", parseHepPassword, showHepPassword, documentedWords},

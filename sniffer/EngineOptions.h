@@ -34,6 +34,8 @@ public:
 
     // Classification.
     bool decapsulate = false;  // read IPv4 under tag stacks, labels and tunnels
+    bool reassembleIp = false;  // put fragmented IPv4 datagrams together before classifying them
+    int reassemblyLimitMiB = 16;
 
     // UDP link: the addresses commands are taken from (host byte order);
     // empty: every sender, which also takes the frames over.
@@ -62,6 +64,7 @@ public:
     bool anyKeyGiven() const { return keysGiven; }
     std::size_t queueLimitBytes() const { return std::size_t(queueLimitMiB) << 20; }
     std::size_t preRollLimitBytes() const { return std::size_t(preRollLimitMiB) << 20; }
+    std::size_t reassemblyLimitBytes() const { return std::size_t(reassemblyLimitMiB) << 20; }
 
     // "Key=value" for every key not at its default, comma-separated; empty
     // when all are at their defaults.

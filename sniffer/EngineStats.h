@@ -23,6 +23,12 @@ struct EngineStats {
     Counter hepSent{0};
     Counter hepDropped{0};  // past the HEP queue's bound, too long, or a datagram the system refused
     Counter commandsIgnored{0};  // UDP command datagrams from an address CommandSource does not list
+    Counter reassemblyHeld{0};  // IPv4 fragments taken in
+    Counter reassembled{0};
+    Counter reassemblyTimedOut{0};
+    Counter reassemblyDropped{0};    // oldest datagrams let go at the reassembly limit
+    Counter reassemblyOversized{0};  // fragments that would have made a datagram longer than IPv4 allows
+    Counter reassemblyBytes{0};      // held now: a level, not a tally
 
     static void add(Counter& counter, uint64_t n = 1) { counter.fetch_add(n, std::memory_order_relaxed); }
     static uint64_t read(const Counter& counter) { return counter.load(std::memory_order_relaxed); }

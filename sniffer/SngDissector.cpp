@@ -13,6 +13,7 @@
 #include "EmbeddedConnection.h"
 #include "H323Parser.h"
 #include "HepExporter.h"
+#include "IpReassembler.h"
 #include "ReliableConnection.h"
 #include "SipHelper.h"
 #include "Sniffer.h"
@@ -53,6 +54,7 @@ SngDissector::SngDissector() {
 
 SngDissector::~SngDissector() {
     delete hep;
+    delete reassembler;
     releaseConnections();
     removeAllRtp();
     clearQueue();
@@ -75,6 +77,8 @@ void SngDissector::useOptions(const EngineOptions& engineOptions) {
     settleFirst = options.reliable() || preRoll;
     delete hep;
     hep = options.exportsHep() ? new HepExporter(options, stats) : nullptr;
+    delete reassembler;
+    reassembler = options.reassembleIp ? new IpReassembler(options.reassemblyLimitBytes(), stats) : nullptr;
 }
 
 void SngDissector::setTraceSignalling(bool trace) {
@@ -141,8 +145,13 @@ void SngDissector::processPacket(u_char* /*args*/, const pcap_pkthdr* header, u_
     // A runt that cannot hold an IP header is dropped before it is read.
     if (linkLength < 0 || linkLength + minimumIpHeaderLength > frameLength)
         return;
+    if (reassembler && reassemble(*header, frame + linkLength, frameLength - linkLength))
+        return;
+    processIp(*packet, header, linkLength);
+}
 
-    const auto* ip = reinterpret_cast<const sniff_ip*>(frame + linkLength);
+void SngDissector::processIp(u_char* frame, const pcap_pkthdr* header, int ipOffset) {
+    const auto* ip = reinterpret_cast<const sniff_ip*>(frame + ipOffset);
     const int ipHeaderLength = (ip->ip_vhl & 0x0F) * 4;
     if (ipHeaderLength < minimumIpHeaderLength) {
         logDroppedIp("*** Dropping IP packet with unknown IP header\n", ip);
@@ -152,13 +161,32 @@ void SngDissector::processPacket(u_char* /*args*/, const pcap_pkthdr* header, u_
     ohdr.dstIp = ntohl(ip->ip_dst);
     ohdr.srcIp = ntohl(ip->ip_src);
 
-    const int sizeHeader = linkLength + ipHeaderLength;
+    const int sizeHeader = ipOffset + ipHeaderLength;
     if (ip->ip_p == IPPROTO_UDP)
         processUdp(frame, header, sizeHeader);
     else if (ip->ip_p == IPPROTO_TCP)
-        processTcp(*packet, header, sizeHeader);
+        processTcp(frame, header, sizeHeader);
     else
         logDroppedIp("*** Dropping IP packet with unknown upper layer protocol\n", ip);
+}
+
+// A completed datagram is classified as if it had been captured whole, with
+// the capture time of its last fragment. The forwarded header is written
+// over the end of its IP and transport headers, as in a captured frame, and
+// its buffer has a queued frame's padding behind it.
+bool SngDissector::reassemble(const pcap_pkthdr& header, const u_char* ip, int length) {
+    switch (reassembler->take(ip, length, header.ts)) {
+    case IpReassembler::Outcome::NotFragment:
+        return false;
+    case IpReassembler::Outcome::Held:
+        return true;
+    case IpReassembler::Outcome::Complete:
+        break;
+    }
+    pcap_pkthdr whole = header;
+    whole.caplen = whole.len = static_cast<bpf_u_int32>(reassembler->datagramLength());
+    processIp(reassembler->datagram(), &whole, 0);
+    return true;
 }
 
 // The frame's padding makes its EtherType readable even in a runt.

@@ -22,6 +22,7 @@ class SipHelper;
 class H323Parser;
 class BaseConnection;
 class HepExporter;
+class IpReassembler;
 class ReliableConnection;
 
 // A captured frame handed over by a caller that made its own copies: the
@@ -118,6 +119,8 @@ public:
 
     // Classification.
     void processPacket(u_char* args, const pcap_pkthdr* header, u_char** packet);
+    // The IPv4 packet at `ipOffset` of the frame, whole or reassembled.
+    void processIp(u_char* frame, const pcap_pkthdr* header, int ipOffset);
     void processUdp(const u_char* packet, const pcap_pkthdr* header, int size_header);
     void processTcp(u_char* packet, const pcap_pkthdr* header, int size_header);
     bool isSip(const u_char* payload);
@@ -176,6 +179,8 @@ private:
     void exportSip(const pcap_pkthdr& header, const sniff_udp& udp, const u_char* payload, int length);
     void holdForPreRoll(const u_char* payload, int length);
     void forwardHeld(const PreRollBuffer::Datagram& datagram);
+    // True when the reassembler took the packet: held, or classified whole.
+    bool reassemble(const pcap_pkthdr& header, const u_char* ip, int length);
     static bool sameRecorder(const char* hostA, int portA, const char* hostB, int portB);
     void releaseConnections();
     void logRtpChange(const char* heading, u_int rtpIp, u_short rtpPort);
@@ -218,6 +223,7 @@ private:
     bool settleFirst = false;  // reliable commands or a pre-roll: settleCommands() before each packet
     std::vector<u_char> heldFrame;  // the consumer's scratch for a held datagram
     HepExporter* hep = nullptr;     // a copy of each SIP message for a HEP collector
+    IpReassembler* reassembler = nullptr;
 
     static std::atomic<SngDissector*> dissector;
     static pthread_t cmdThread;

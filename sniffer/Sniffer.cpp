@@ -438,6 +438,10 @@ std::string Sniffer::describeStats() const {
         line << "; hep sent=" << n(s.hepSent) << " dropped=" << n(s.hepDropped);
     if (options.restrictsCommands())
         line << "; commands ignored=" << n(s.commandsIgnored);
+    if (options.reassembleIp)
+        line << "; reassembly held=" << n(s.reassemblyHeld) << " reassembled=" << n(s.reassembled)
+             << " timedOut=" << n(s.reassemblyTimedOut) << " dropped=" << n(s.reassemblyDropped)
+             << " oversized=" << n(s.reassemblyOversized) << " heldBytes=" << n(s.reassemblyBytes);
     return line.str();
 }
 

@@ -4,15 +4,21 @@
 // which drives the RTP list with its commands.
 #include <gtest/gtest.h>
 
+#include <netinet/in.h>
 #include <pcap.h>
+#include <sys/time.h>
+#include <algorithm>
 
+#include "Bytes.h"
 #include "CaptureFile.h"
 #include "ChildProcess.h"
 #include "Decapsulator.h"
+#include "EngineStats.h"
 #include "Frames.h"
 #include "LogCapture.h"
 #include "LogSearch.h"
 #include "Recorder.h"
+#include "SngDissector.h"
 #include "SnifferRun.h"
 #include "Tshark.h"
 
@@ -298,4 +304,168 @@ TEST_F(Forwarding, TunnelsAreNotEnteredWithoutTheKey) {
     }
     EXPECT_EQ(4, countPrefix(log, "*** Dropping IP packet with unknown upper layer protocol"));
     EXPECT_EQ(2, countPrefix(log, "*** Dropping IP packet with unknown IP header"));
+}
+
+// ---------------------------------------------------------------- fragments
+
+namespace {
+// An INVITE three full-size frames long, as a large SDP makes it.
+Bytes largeInvite(const std::string& callId) {
+    const std::string head = "INVITE sip:bob@example.com SIP/2.0\r\nVia: SIP/2.0/UDP 10.0.0.1:5060;branch=z9hG4bK1\r\n"
+                             "Call-ID: " + callId + "\r\nCSeq: 1 INVITE\r\nContent-Type: application/sdp\r\n"
+                             "Content-Length: ";
+    const std::size_t bodyLength = 3000 - head.size() - 8;  // 4 digits and two line ends
+    const std::string body = "v=0\r\na=" + std::string(bodyLength - 9, 'x') + "\r\n";
+    return bytesOf(head + std::to_string(bodyLength) + "\r\n\r\n" + body);
+}
+
+const Endpoint caller{"10.0.0.1", 5060}, callee{"10.0.0.2", 5060};
+
+Bytes fragmentOf(const Bytes& datagram, uint16_t id, std::size_t from, std::size_t to) {
+    return ipFragment(IPPROTO_UDP, caller.ip, callee.ip, id, datagram, from, to);
+}
+
+// As a link of 1,500 bytes cuts it.
+std::vector<Bytes> fragmentsOf(const Bytes& datagram, uint16_t id) {
+    return {fragmentOf(datagram, id, 0, 1480), fragmentOf(datagram, id, 1480, 2960),
+            fragmentOf(datagram, id, 2960, datagram.size())};
+}
+
+// The same bytes over its IP payload, so that a byte taken from it shows.
+Bytes forged(Bytes fragment) {
+    std::fill(fragment.begin() + 34, fragment.end(), 'X');
+    return fragment;
+}
+
+timeval secondsOn(timeval time, int seconds) {
+    time.tv_sec += seconds;
+    return time;
+}
+
+std::string reassemblyCounters(const LogCapture& log) {
+    const std::vector<std::string> info = log.messages("INFO");
+    const auto stats =
+        std::find_if(info.rbegin(), info.rend(), [](const std::string& m) { return m.rfind("Stats: ", 0) == 0; });
+    return stats == info.rend() ? "" : stats->substr(stats->rfind(';'));
+}
+}  // namespace
+
+class Reassembling : public Forwarding {
+protected:
+    // The frames, then the last one, which must bring the datagram out whole, once.
+    void expectWhole(const std::vector<Bytes>& frames, const Bytes& message) {
+        for (std::size_t i = 0; i + 1 < frames.size(); ++i)
+            capture(frames[i]);
+        const ForwardedFrame frame = forwarded(frames.back());
+        EXPECT_EQ(1, frame.protocol());
+        EXPECT_EQ("10.0.0.2:5060", frame.destination());
+        EXPECT_EQ("10.0.0.1:5060", frame.source());
+        EXPECT_EQ(message, frame.payload());
+        expectNothingMore();
+    }
+
+    // The marker captured now is the next frame out.
+    void expectNothingMore() {
+        capture(marker);
+        const auto received = recorder.next();
+        ASSERT_TRUE(received);
+        EXPECT_EQ(markerPayload, received->payload());
+    }
+
+    EngineStats& stats() { return SngDissector::dft()->getStats(); }
+
+    OptionInEnvironment reassemble{"ReassembleIp", "yes"};
+};
+
+TEST_F(Reassembling, AnInviteInFragmentsIsForwardedOnceWholeInAnyOrderTheFirstCopyOfAByteWinning) {
+    const Bytes message = largeInvite("whole@10.0.0.1");
+    const Bytes datagram = udpDatagram(caller, callee, message);
+    const std::vector<Bytes> inOrder = fragmentsOf(datagram, 1);
+    const TempDir dir;
+    writeCapture(dir.file("fragments.pcap"), DLT_EN10MB, inOrder);
+    EXPECT_EQ(std::vector<std::string>{h323::test::hex(message)},
+              tshark::udpPayloads(dir.file("fragments.pcap"), {"sip"})[0]);
+
+    expectWhole(inOrder, message);
+    const std::vector<Bytes> shuffled = fragmentsOf(datagram, 2);
+    expectWhole({shuffled[1], shuffled[2], shuffled[0]}, message);
+    // A middle part sent again over wider bounds, and a last part that
+    // starts early, carry other bytes where they overlap what came first.
+    const std::vector<Bytes> parts = fragmentsOf(datagram, 3);
+    Bytes lateStart = fragmentOf(datagram, 3, 2952, datagram.size());
+    std::fill(lateStart.begin() + 34, lateStart.begin() + 42, 'X');
+    expectWhole({parts[0], parts[1], forged(fragmentOf(datagram, 3, 1400, 2960)), lateStart}, message);
+
+    EXPECT_EQ(3u, EngineStats::read(stats().reassembled));
+    EXPECT_EQ(0u, EngineStats::read(stats().reassemblyBytes));
+}
+
+TEST_F(Reassembling, AnIncompleteDatagramIsLetGoFiveSecondsOfCaptureTimeOnAndCounted) {
+    timeval start{};
+    gettimeofday(&start, nullptr);
+    const std::vector<Bytes> parts = fragmentsOf(udpDatagram(caller, callee, largeInvite("lost@10.0.0.1")), 7);
+    captureAt(parts[0], start);
+    captureAt(parts[2], start);
+    // A fragment that would take a datagram past 65,535 bytes is never held.
+    captureAt(ipFrame(IPPROTO_UDP, 120, 8, 0x2000 | 8185, 64, 0, Bytes(100, 'x')), start);
+    expectNothingMore();
+    EXPECT_EQ(2u, EngineStats::read(stats().reassemblyHeld));
+    EXPECT_LT(2960u, EngineStats::read(stats().reassemblyBytes));
+
+    captureAt(marker, secondsOn(start, 6));
+    ASSERT_TRUE(recorder.next());
+    EXPECT_EQ(1u, EngineStats::read(stats().reassemblyTimedOut));
+    EXPECT_EQ(0u, EngineStats::read(stats().reassemblyBytes));
+    // The missing part, late, finds nothing left to complete.
+    captureAt(parts[1], secondsOn(start, 6));
+    expectNothingMore();
+
+    run->stop();
+    EXPECT_EQ("; reassembly held=3 reassembled=0 timedOut=1 dropped=0 oversized=1 heldBytes=" +
+                  std::to_string(EngineStats::read(stats().reassemblyBytes)),
+              reassemblyCounters(log));
+}
+
+class ReassemblingWithinALimit : public Reassembling {
+protected:
+    OptionInEnvironment limit{"ReassemblyLimit", "1"};
+};
+
+TEST_F(ReassemblingWithinALimit, AFloodOfIncompleteDatagramsStaysWithinTheLimitTheOldestGoingFirst) {
+    const Bytes message = largeInvite("flood@10.0.0.1");
+    const Bytes datagram = udpDatagram(caller, callee, message);
+    constexpr uint16_t flood = 1000;  // about six MiB held without a limit
+    for (uint16_t id = 1; id <= flood; ++id)
+        capture(fragmentOf(datagram, id, 0, 2960));
+    expectNothingMore();
+    EXPECT_GE(uint64_t(1) << 20, EngineStats::read(stats().reassemblyBytes));
+    EXPECT_LT(0u, EngineStats::read(stats().reassemblyDropped));
+
+    expectDropped(fragmentOf(datagram, 1, 2960, datagram.size()));
+    expectWhole({fragmentOf(datagram, flood, 2960, datagram.size())}, message);
+    EXPECT_TRUE(log.contains("INFO", "Opt-in settings: ReassembleIp=yes, ReassemblyLimit=1"));
+}
+
+class DecapsulatingAndReassembling : public Reassembling {
+protected:
+    OptionInEnvironment decapsulate{"Decapsulate", "yes"};
+};
+
+// The fragments are those of the inner packet, each in a tunnel packet of its own.
+TEST_F(DecapsulatingAndReassembling, FragmentsInsideATunnelAreForwardedAsOneMessageWithTheInnerAddresses) {
+    const Bytes message = largeInvite("tunnelled@10.0.0.1");
+    std::vector<Bytes> tunnelled;
+    for (const Bytes& fragment : fragmentsOf(udpDatagram(caller, callee, message), 4))
+        tunnelled.push_back(overIp(4, withoutEthernet(fragment)));
+    expectWhole(tunnelled, message);
+}
+
+TEST_F(Forwarding, WithoutReassemblyTheFirstFragmentGoesOutCutAndTheOthersAreDropped) {
+    const Bytes message = largeInvite("classic@10.0.0.1");
+    const std::vector<Bytes> parts = fragmentsOf(udpDatagram(caller, callee, message), 1);
+    const ForwardedFrame first = forwarded(parts[0]);
+    EXPECT_EQ(1, first.protocol());
+    EXPECT_EQ(Bytes(message.begin(), message.begin() + 1472), first.payload());
+    expectDropped(parts[1]);
+    expectDropped(parts[2]);
 }

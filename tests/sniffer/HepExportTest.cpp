@@ -257,6 +257,22 @@ TEST_F(HepExport, EachSipMessageForwardedGoesAsOneHepPacketWithItsCaptureTimeAnd
     EXPECT_EQ("; hep sent=2 dropped=0", stats->substr(stats->rfind(';'))) << "the HEP counters close the stats line";
 }
 
+TEST_F(HepExport, AReassembledSipMessageGoesWholeWithTheCaptureTimeOfItsLastFragment) {
+    UdpSocket collector;
+    const OptionInEnvironment key("HepCollector", "127.0.0.1:" + std::to_string(collector.port()));
+    const OptionInEnvironment reassemble("ReassembleIp", "yes");
+    startEngine();
+    const std::string large = invite + std::string(3000, 'x');
+    const Bytes datagram = udpDatagram(alice, bob, bytesOf(large));
+    captureAt(ipFragment(IPPROTO_UDP, alice.ip, bob.ip, 9, datagram, 1480, datagram.size()), inviteTime);
+    captureAt(ipFragment(IPPROTO_UDP, alice.ip, bob.ip, 9, datagram, 0, 1480), tryingTime);
+
+    const auto forwarded = recorder.next();
+    ASSERT_TRUE(forwarded);
+    EXPECT_EQ(bytesOf(large), forwarded->payload());
+    expectHep(HepPacket(collector.receive(3s)), large, tryingTime, alice, bob);
+}
+
 TEST_F(HepExport, OverTcpACollectorThatComesLateOrRestartsGetsEveryMessageWhole) {
     TcpCollector collector;
     OptionInEnvironment transport("HepTransport", "tcp");

@@ -100,6 +100,19 @@ Bytes ipFrame(uint8_t protocol, uint16_t totalLength, uint16_t id, uint16_t frag
                    ipHeader(protocol, totalLength, id, fragment, ttl, checksum, "10.0.0.1", "10.0.0.2"), {}, body);
 }
 
+Bytes ipFragment(uint8_t protocol, const char* src, const char* dst, uint16_t id, const Bytes& body, std::size_t from,
+                 std::size_t to) {
+    const uint16_t moreFragments = to < body.size() ? 0x2000 : 0;
+    return frameOf(linkHeader(etherTypeIpv4),
+                   ipHeader(protocol, uint16_t(20 + to - from), id, uint16_t(moreFragments | from / 8), 64, 0, src, dst),
+                   {}, Bytes(body.begin() + from, body.begin() + to));
+}
+
+Bytes udpDatagram(Endpoint src, Endpoint dst, const Bytes& payload) {
+    const Bytes frame = udpFrame(src, dst, payload);
+    return Bytes(frame.begin() + 14 + 20, frame.end());
+}
+
 Bytes ipPacket(uint8_t protocol, const char* src, const char* dst, const Bytes& body) {
     Bytes packet = ipHeader(protocol, uint16_t(20 + body.size()), 0x1234, 0x4000, 64, 0, src, dst);
     packet.insert(packet.end(), body.begin(), body.end());

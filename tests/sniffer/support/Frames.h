@@ -27,6 +27,12 @@ Bytes tcpFrame(Endpoint src, Endpoint dst, const Bytes& payload, const FrameOpti
 // An IPv4 frame of any protocol whose header fields are given raw.
 Bytes ipFrame(uint8_t protocol, uint16_t totalLength, uint16_t id, uint16_t fragment, uint8_t ttl, uint16_t checksum,
               const Bytes& body);
+// Bytes [from, to) of the IP payload `body` as an IPv4 fragment from `src`
+// to `dst`; the one that reaches the end of `body` is the last.
+Bytes ipFragment(uint8_t protocol, const char* src, const char* dst, uint16_t id, const Bytes& body, std::size_t from,
+                 std::size_t to);
+// The UDP header and payload of udpFrame(src, dst, payload), for cutting into fragments.
+Bytes udpDatagram(Endpoint src, Endpoint dst, const Bytes& payload);
 // An IPv4 packet (header of 20 bytes, not fragmented) around `body`.
 Bytes ipPacket(uint8_t protocol, const char* src, const char* dst, const Bytes& body);
 // An Ethernet frame of that EtherType with no tag added.
