@@ -122,7 +122,7 @@ std::string rtpRound(const Options& o)
             std::string packet = payload;
             const rtp_header rtp{0x80, 8, 0, 0, htonl(call * 2 + static_cast<uint32_t>(side))};
             std::memcpy(&packet[0], &rtp, sizeof rtp);
-            appendFrame(round, 2, host(3 - side, call), rtpPort(call), host(side == 1 ? 2 : 1, call), rtpPort(call),
+            appendFrame(round, 2, host(side, call), rtpPort(call), host(3 - side, call), rtpPort(call),
                         packet);
         }
     return round;
