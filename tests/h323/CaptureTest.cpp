@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "Bytes.h"
+#include "SharedCaptures.h"
 #include "Tshark.h"
 #include "h323/H225.h"
 #include "h323/H245.h"
@@ -13,12 +14,12 @@
 namespace h323::test {
 namespace {
 
-const std::string kCall = std::string(H323_CAPTURES_DIR) + "/h323-call-separate-h245.pcap";
+const std::string kCall = sharedCapture("h323-call-separate-h245.pcap");
 
 class RealCall : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (!std::filesystem::exists(kCall)) GTEST_SKIP() << "the shared captures are not there: " << kCall;
+        REQUIRE_SHARED_CAPTURE(kCall);
         if (!haveTshark()) GTEST_SKIP() << "tshark is needed to read the capture";
     }
     per::Decoder decoder;

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "ChildProcess.h"
+#include "SharedCaptures.h"
 #include "FrameReceiver.h"
 #include "SyntheticCall.h"
 
@@ -49,9 +50,8 @@ std::vector<std::string> texts(const std::vector<Frame>& frames) {
 }
 
 TEST_F(H323Engine, RealCallReplayedFromCaptureReachesTheRecorderAsDescriptions) {
-    const std::string capture = std::string(SHARED_CAPTURES_DIR) + "/h323-call-separate-h245.pcap";
-    if (access(capture.c_str(), R_OK) != 0)
-        GTEST_SKIP() << "the shared captures are not here: " << capture;
+    const std::string capture = sharedCapture("h323-call-separate-h245.pcap");
+    REQUIRE_SHARED_CAPTURE(capture);
     startSniffer("file:" + capture, "tcp");
     // With only a replay file the sniffer stops by itself once all is sent.
     ASSERT_TRUE(sniffer->waitFor(10s));

@@ -1,6 +1,7 @@
 // A real call capture played through the recorder by a test client that acts as the sniffer
 // does: it forwards every SIP message, and RTP only to the addresses the recorder asked for.
 #include "RecorderHarness.h"
+#include "SharedCaptures.h"
 #include "Tools.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +12,7 @@
 namespace recorder::test {
 namespace {
 
-const std::string kCapture = CAPTURES_DIR "/sip-call-g711.pcap";
+const std::string kCapture = sharedCapture("sip-call-g711.pcap");
 const std::string kCallId = "12013223@200.57.7.195";
 const std::vector<unsigned> kRtpPorts = {8000, 40376};
 
@@ -28,8 +29,7 @@ size_t count(const std::vector<Packet>& packets, bool (*wanted)(const Packet&))
 
 TEST(RecorderReplay, RealCallKeepsEverySipMessageAndEveryPacketOfItsStreams)
 {
-    if (!std::filesystem::exists(kCapture))
-        GTEST_SKIP() << kCapture << " is not there";
+    REQUIRE_SHARED_CAPTURE(kCapture);
     const std::vector<Packet> captured = readPackets(kCapture, {});
     RecorderProcess recorder;
     {

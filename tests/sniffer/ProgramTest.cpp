@@ -7,6 +7,7 @@
 #include <csignal>
 
 #include "Bytes.h"
+#include "SharedCaptures.h"
 #include "Frames.h"
 #include "Network.h"
 #include "PcapFeed.h"
@@ -46,8 +47,7 @@ void expectReplayMatchesTshark(Recorder& recorder, const std::string& capture, c
                                Launch launch) {
     if (onPath("tshark").empty())
         GTEST_SKIP() << "tshark is not installed";
-    if (access(capture.c_str(), R_OK) != 0)
-        GTEST_SKIP() << capture << " is absent: the shared captures are not next to the source tree";
+    REQUIRE_SHARED_CAPTURE(capture);
 
     PcapFeed feed(capture);
     feed.begin();
@@ -116,7 +116,7 @@ TEST(Programs, StopCleanlyOnSigtermOrSigint) {
 
 TEST(Replay, SnifferForwardsEverySipMessageAndTheListedRtpOverUdp) {
     UdpRecorder recorder;
-    expectReplayMatchesTshark(recorder, SHARED_CAPTURES_DIR "/sip-call-g711.pcap",
+    expectReplayMatchesTshark(recorder, sharedCapture("sip-call-g711.pcap"),
                               {{"200.57.7.204", 8000}, {"200.57.7.196", 40376}}, [&](const std::string& device) {
                                   return std::make_unique<SnifferProgram>(std::vector<std::string>{
                                       "Device=" + device, "Filter=udp", "ServerName=127.0.0.1",
@@ -126,7 +126,7 @@ TEST(Replay, SnifferForwardsEverySipMessageAndTheListedRtpOverUdp) {
 
 TEST(Replay, UdpsnifferForwardsEverySipMessageAndTheListedRtpOverTcp) {
     TcpRecorder recorder;
-    expectReplayMatchesTshark(recorder, SHARED_CAPTURES_DIR "/sip-call-dvi4.pcap",
+    expectReplayMatchesTshark(recorder, sharedCapture("sip-call-dvi4.pcap"),
                               {{"10.0.2.20", 6000}, {"10.0.2.15", 30490}, {"10.0.2.15", 25146}},
                               [&](const std::string& device) {
                                   return std::make_unique<SnifferProgram>(
