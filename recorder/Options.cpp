@@ -133,20 +133,18 @@ OptionsResult parseOptions(int argc, char* argv[], Options& options, std::string
         case 'o': options.output = optarg; break;
         case 'i':
         case 'b':
-        case 'l': {
-            Milliseconds& value = option == 'i' ? options.idle : option == 'b' ? options.heartbeat : options.linger;
-            if (!parseSeconds(optarg, value)) {
+        case 'l':
+        case 's': {
+            Milliseconds& value = option == 'i'   ? options.idle
+                                  : option == 'b' ? options.heartbeat
+                                  : option == 'l' ? options.linger
+                                                  : options.stats;
+            if (!parseSeconds(optarg, value, option == 's')) {  // only the statistics may be off
                 problem = std::string("invalid number of seconds: ") + optarg;
                 return OptionsResult::Invalid;
             }
             break;
         }
-        case 's':
-            if (!parseSeconds(optarg, options.stats, true)) {
-                problem = std::string("invalid number of seconds: ") + optarg;
-                return OptionsResult::Invalid;
-            }
-            break;
         case 'B':
             if (!parseMebibytes(optarg, options.backlogLimitMiB)) {
                 problem = std::string("invalid backlog limit (2 to 1048576 MiB): ") + optarg;
