@@ -150,12 +150,17 @@ void Call::recordRtcp(const Frame& frame)
     }
 }
 
-Call::Stream& Call::streamTo(const Frame& frame)
+Call::Stream* Call::streamAt(const Endpoint& destination)
 {
     const auto found = std::find_if(streams_.begin(), streams_.end(),
-                                    [&](const Stream& stream) { return stream.destination == frame.destination; });
-    if (found != streams_.end())
-        return *found;
+                                    [&](const Stream& stream) { return stream.destination == destination; });
+    return found == streams_.end() ? nullptr : &*found;
+}
+
+Call::Stream& Call::streamTo(const Frame& frame)
+{
+    if (Stream* known = streamAt(frame.destination))
+        return *known;
 
     // The caller speaks on channel 0, the callee on 1. A stream whose receiver is unknown
     // takes the channel its predecessor left free.
@@ -236,9 +241,8 @@ void Call::decodeAudio(CallAudio& audio)
         return;
     PcapReader::Datagram datagram;
     while (pcap.next(datagram)) {
-        const auto stream = std::find_if(streams_.begin(), streams_.end(),
-                                         [&](const Stream& s) { return s.destination == datagram.destination; });
-        const auto packet = stream == streams_.end() ? std::nullopt : parseRtp(datagram.payload);
+        Stream* stream = streamAt(datagram.destination);
+        const auto packet = stream ? parseRtp(datagram.payload) : std::nullopt;
         if (!packet)
             continue;  // signalling or RTCP
         const PayloadNames& names = namesOf(*stream, packet->payloadType);

@@ -107,6 +107,7 @@ private:
     };
 
     const PayloadNames& namesOf(Stream& stream, int payloadType) const;
+    Stream* streamAt(const Endpoint& destination);  // none when no packet went there yet
     Stream& streamTo(const Frame& frame);
     Party ownerOf(const Endpoint& address) const;
     std::string codecName(const Stream& stream) const;
