@@ -6,6 +6,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <cerrno>
 #include <stdexcept>
 #include <thread>
 
@@ -32,6 +33,14 @@ uint16_t localPort(int fd) {
     socklen_t len = sizeof local;
     getsockname(fd, reinterpret_cast<sockaddr*>(&local), &len);
     return ntohs(local.sin_port);
+}
+
+bool udpPortBound(uint16_t port) {
+    const int fd = socket(AF_INET, SOCK_DGRAM, 0);
+    const sockaddr_in local = loopback(port);
+    const bool taken = bind(fd, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0 && errno == EADDRINUSE;
+    close(fd);
+    return taken;
 }
 
 UdpSocket::UdpSocket(uint16_t port, const char* address) : fd(socket(AF_INET, SOCK_DGRAM, 0)) {

@@ -20,6 +20,8 @@ Bytes bytesOf(const std::string& text);
 
 // The local port a socket is bound to.
 uint16_t localPort(int fd);
+// Whether a program has bound UDP `port` on 127.0.0.1 (it is listening).
+bool udpPortBound(uint16_t port);
 
 // A UDP socket bound to `address` (a loopback one) and `port` (0: an
 // ephemeral one), for sending test traffic and for playing a recorder.

@@ -101,7 +101,7 @@ protected:
                              std::to_string(ports.calleeSip()), "-mp", std::to_string(ports.calleeMedia()),
                              "-rtp_echo", "-m", std::to_string(kCalls), "-nostdin"},
                             dir.file("callee.log"), dir.path());
-        std::this_thread::sleep_for(500ms);  // the caller retransmits an INVITE sent too early anyway
+        ASSERT_TRUE(waitUntil([&] { return udpPortBound(ports.calleeSip()); }, 5s)) << readFile(dir.file("callee.log"));
         ChildProcess caller({onPath("sipp"), "-sf", SIPP_CALLER_SCENARIO,
                              ports.address(ports.calleeSip()), "-i", "127.0.0.1", "-p",
                              std::to_string(ports.callerSip()), "-mp", std::to_string(ports.callerMedia()), "-m",

@@ -9,6 +9,7 @@
 #include "ChildProcess.h"
 #include "SharedCaptures.h"
 #include "FrameReceiver.h"
+#include "Programs.h"
 #include "SyntheticCall.h"
 
 namespace {
@@ -84,7 +85,8 @@ TEST_F(H323Engine, SyntheticCallOnLoopbackIsDescribedMessageByMessage) {
         GTEST_SKIP() << "live capture needs root";
     const unsigned port = 31720 + unsigned(getpid() % 1000) * 2;
     startSniffer("lo", "tcp port " + std::to_string(port) + " or tcp port " + std::to_string(port + 1));
-    std::this_thread::sleep_for(1500ms);  // devices open, capture running
+    // The devices are open before the capture threads start: from then on the call's packets are kept.
+    ASSERT_TRUE(waitForText(dir.file("sniffer.log"), "PCAP thread created", 10s)) << snifferLog();
 
     ChildProcess call({H323CALL_PROGRAM, "--port", std::to_string(port), "--rtp-packets", "2", "--media-delay-ms", "0"},
                       dir.file("call.log"));

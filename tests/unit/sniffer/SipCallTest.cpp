@@ -40,7 +40,7 @@ CallCounts placeCall(const Ports& p, const std::string& filter) {
     ChildProcess callee({onPath("sipp"), "-sn", "uas", "-i", "127.0.0.1", "-p", std::to_string(p.callee), "-mp",
                          std::to_string(p.media), "-m", "1", "-nostdin", "-timeout", "30s"},
                         dir.file("callee.log"));
-    std::this_thread::sleep_for(300ms);
+    EXPECT_TRUE(waitUntil([&] { return udpPortBound(p.callee); }, 5s)) << readFile(dir.file("callee.log"));
     ChildProcess caller(
         {onPath("sipp"), "127.0.0.1:" + std::to_string(p.callee), "-sf", SIPP_CALLER_SCENARIO, "-i", "127.0.0.1", "-p",
          std::to_string(p.caller), "-mp", std::to_string(p.callerMedia), "-m", "1", "-nostdin", "-timeout", "30s"},
