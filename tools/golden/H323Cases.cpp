@@ -43,7 +43,9 @@ private:
 };
 
 Channel g711Both(unsigned lcn) {
-    return {lcn, {"g711Ulaw64k", 20, MediaAddress::ipv4("10.0.0.5", 49170)}, true,
+    return {lcn,
+            {"g711Ulaw64k", 20, MediaAddress::ipv4("10.0.0.5", 49170)},
+            true,
             {"g711Ulaw64k", 20, MediaAddress::ipv4("10.0.0.5", 49172)}};
 }
 
@@ -55,8 +57,9 @@ std::string connectWithH245Address() {
 }
 
 void notTpkt(const std::string& folder) {
-    CaseFile c(folder, "not-tpkt-framed", "Segments not framed with TPKT version 3 and a length are not described; "
-                                          "a length that disagrees with the segment is not checked.");
+    CaseFile c(folder, "not-tpkt-framed",
+               "Segments not framed with TPKT version 3 and a length are not described; "
+               "a length that disagrees with the segment is not checked.");
     std::string framed = h323::test::tpkt(h323::test::setup(1).encoded());
     framed[0] = 2;
     c.segment(framed);
@@ -69,8 +72,9 @@ void notTpkt(const std::string& folder) {
 }
 
 void fastStartSetup(const std::string& folder) {
-    CaseFile c(folder, "fast-start-setup", "A fast-start Setup names the parties and each proposal; an undecodable "
-                                           "proposal is logged; fast start wins over the H.245 address.");
+    CaseFile c(folder, "fast-start-setup",
+               "A fast-start Setup names the parties and each proposal; an undecodable "
+               "proposal is logged; fast start wins over the H.245 address.");
     Signal s = h323::test::setup(1);
     s.body()["sourceAddress"].append().choose("h323_ID").setText("alice");
     s.body()["destinationAddress"].append().choose("dialedDigits").setText("2000");
@@ -101,8 +105,8 @@ void separateH245(const std::string& folder) {
     c.pdu(olc, kH245Peer, kCallee);
     c.pdu(connectWithH245Address());
     c.pdu(olc, kH245Peer, kCallee);
-    c.pdu(openLogicalChannelAck(1, MediaAddress::ipv4("10.0.0.2", 5000), MediaAddress::ipv4("10.0.0.2", 5002)),
-          kCallee, kH245Peer);
+    c.pdu(openLogicalChannelAck(1, MediaAddress::ipv4("10.0.0.2", 5000), MediaAddress::ipv4("10.0.0.2", 5002)), kCallee,
+          kH245Peer);
     Signal anonymous(Q931::ReleaseComplete, "releaseComplete", 0x1001, true);
     anonymous.body()["reason"].choose("destinationRejection");
     c.pdu(anonymous.encoded());
@@ -141,8 +145,8 @@ void channelRules(const std::string& folder) {
     c.pdu(connectWithH245Address());
     c.pdu(openLogicalChannelRequest({4, {"h261", 0, MediaAddress::ipv4("10.0.0.5", 49180)}}), kH245Peer, kCallee);
     c.pdu(openLogicalChannelRequest({5, {"g7231", 4, {MediaAddress::Ipv6, "", 49182}}}), kH245Peer, kCallee);
-    c.pdu(openLogicalChannelRequest({6, {"g711Alaw64k", 30, {MediaAddress::Multicast, "224.0.1.2", 5004}}}),
-          kH245Peer, kCallee);
+    c.pdu(openLogicalChannelRequest({6, {"g711Alaw64k", 30, {MediaAddress::Multicast, "224.0.1.2", 5004}}}), kH245Peer,
+          kCallee);
     c.pdu(openLogicalChannelAck(7, {}, {}), kCallee, kH245Peer);
 }
 

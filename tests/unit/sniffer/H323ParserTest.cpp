@@ -18,10 +18,8 @@ TEST(H323Parser, CallMapsKeepTheirDocumentedAsymmetryAndTextOrder) {
     log.clear();
     parser.displayCallIdMap();
     const std::vector<std::string> expected = {
-        "Call Ref Map --- Key = 10, Value = 10.0.0.3:40001",
-        "Call Ref Map --- Key = 9, Value = 10.0.0.2:40002",
-        "h245Map --- Key = 10.0.0.2:40001, Value = 9",
-        "h245Map --- Key = 10.0.0.2:40002, Value = 9",
+        "Call Ref Map --- Key = 10, Value = 10.0.0.3:40001", "Call Ref Map --- Key = 9, Value = 10.0.0.2:40002",
+        "h245Map --- Key = 10.0.0.2:40001, Value = 9",       "h245Map --- Key = 10.0.0.2:40002, Value = 9",
         "h245Map --- Key = 10.0.0.3:40001, Value = 10",
     };
     EXPECT_EQ(log.messages("DEBUG"), expected);
