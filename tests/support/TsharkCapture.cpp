@@ -46,11 +46,11 @@ std::vector<std::vector<std::string>> udpPayloads(const std::string& capture, co
     return results;
 }
 
-std::vector<std::string> innermostAddresses(const std::string& capture) {
+std::vector<std::string> fieldRows(const std::string& capture, const std::vector<std::string>& arguments) {
     const TempDir dir;
-    ChildProcess reader({onPath("tshark"), "-r", capture, "-T", "fields", "-E", "occurrence=l", "-E", "separator=>",
-                         "-e", "ip.src", "-e", "ip.dst"},
-                        dir.file("out"));
+    std::vector<std::string> command = {onPath("tshark"), "-r", capture, "-T", "fields"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    ChildProcess reader(command, dir.file("out"));
     EXPECT_TRUE(reader.waitFor(60s) && reader.exitStatus() == 0) << readFile(dir.file("out"));
     std::vector<std::string> lines;
     std::istringstream in(readFile(dir.file("out")));
@@ -58,6 +58,10 @@ std::vector<std::string> innermostAddresses(const std::string& capture) {
         if (!line.empty() && std::isdigit(static_cast<unsigned char>(line[0])))
             lines.push_back(line);
     return lines;
+}
+
+std::vector<std::string> innermostAddresses(const std::string& capture) {
+    return fieldRows(capture, {"-E", "occurrence=l", "-E", "separator=>", "-e", "ip.src", "-e", "ip.dst"});
 }
 
 }  // namespace tshark

@@ -19,6 +19,10 @@ extern const std::string sipRule;
 // that fails is a test failure.
 std::vector<std::vector<std::string>> udpPayloads(const std::string& capture, const std::vector<std::string>& filters);
 
+// The rows of `tshark -r capture -T fields ARGUMENTS...` that start with a
+// digit (a packet's, not a warning's); a tshark that fails is a test failure.
+std::vector<std::string> fieldRows(const std::string& capture, const std::vector<std::string>& arguments);
+
 // For every packet, "source>destination" of its last (innermost) IPv4 header.
 std::vector<std::string> innermostAddresses(const std::string& capture);
 

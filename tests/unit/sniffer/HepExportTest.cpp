@@ -25,6 +25,7 @@
 #include "Recorder.h"
 #include "SngDissector.h"
 #include "SnifferRun.h"
+#include "TsharkCapture.h"
 
 namespace {
 const std::string invite =
@@ -113,17 +114,10 @@ std::set<std::string> decodedBySngrep(const std::vector<Bytes>& datagrams, uint1
     EXPECT_TRUE(runsCleanly({onPath("sngrep"), "-N", "-q", "-E", "-I", dir.file("hep.pcap"), "-O",
                              dir.file("sip.pcap")},
                             30s));
-    ChildProcess reader({onPath("tshark"), "-r", dir.file("sip.pcap"), "-T", "fields", "-E", "separator=/s", "-e",
-                         "frame.time_epoch", "-e", "ip.src", "-e", "udp.srcport", "-e", "ip.dst", "-e", "udp.dstport",
-                         "-e", "udp.payload"},
-                        dir.file("fields"));
-    EXPECT_TRUE(reader.waitFor(60s) && reader.exitStatus() == 0);
-    std::set<std::string> rows;
-    std::istringstream lines(readFile(dir.file("fields")));
-    for (std::string line; std::getline(lines, line);)
-        if (!line.empty() && std::isdigit(static_cast<unsigned char>(line[0])))
-            rows.insert(line);
-    return rows;
+    const std::vector<std::string> rows =
+        tshark::fieldRows(dir.file("sip.pcap"), {"-E", "separator=/s", "-e", "frame.time_epoch", "-e", "ip.src", "-e",
+                                                 "udp.srcport", "-e", "ip.dst", "-e", "udp.dstport", "-e", "udp.payload"});
+    return std::set<std::string>(rows.begin(), rows.end());
 }
 
 std::string hex(const std::string& text) {
