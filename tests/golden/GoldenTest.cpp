@@ -14,8 +14,11 @@
 
 #include "H323Parser.h"
 #include "LogCapture.h"
+#include "Recorder.h"
+#include "SnifferRun.h"
 
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -90,12 +93,66 @@ std::string describeH323(const fs::path& input) {
     return out.str();
 }
 
+// A payload as text when it is printable text, else as hex.
+std::string printable(const Bytes& payload) {
+    std::string text;
+    for (uint8_t c : payload) {
+        if (c == '\r' || c == '\n')
+            text += c == '\r' ? "\\r" : "\\n";
+        else if (c >= 0x20 && c < 0x7f)
+            text += char(c);
+        else {
+            static const char digits[] = "0123456789abcdef";
+            std::string hex = "hex:";
+            for (uint8_t b : payload)
+                hex += std::string{digits[b >> 4], digits[b & 15]};
+            return hex;
+        }
+    }
+    return text;
+}
+
+// The frame each capture file ends with: the engine is done with the file
+// once it is forwarded.
+const std::string kEndOfCase = "SIP/2.0 299 End of case\r\n\r\n";
+
+// tests/golden/frames/*.pcap: a capture file replayed through a "file:"
+// device, no filter, to a recorder over UDP. Out: every frame forwarded
+// before the end of the case, then every ERROR and WARN line.
+std::string forwardFile(const fs::path& input) {
+    LogCapture log;
+    UdpRecorder recorder;
+    SnifferRun run({"-d", "file:" + input.string(), "-f", "", "-h", "127.0.0.1", "-p", std::to_string(recorder.port())},
+                   "UDP");
+    std::ostringstream out;
+    if (run.setupResult() != 0)
+        out << "setup failed: " << run.setupResult() << "\n";
+    for (;;) {
+        const std::optional<ForwardedFrame> frame = recorder.next(5s);
+        if (!frame) {
+            out << "no end of case\n";
+            break;
+        }
+        const Bytes payload = frame->payload();
+        if (std::string(payload.begin(), payload.end()) == kEndOfCase)
+            break;
+        out << "protocol " << frame->protocol() << " " << frame->source() << " > " << frame->destination() << " length "
+            << frame->length() << ": " << printable(payload) << "\n";
+    }
+    run.stop();
+    for (const LogEvent& event : log.events())
+        if (event.level == "ERROR" || event.level == "WARN")
+            out << event.level << " " << event.message << "\n";
+    return out.str();
+}
+
 // Kind (folder) -> input extension and what makes the output of one input.
 struct Kind {
     const char* extension;
     std::function<std::string(const fs::path&)> run;
 };
 const std::map<std::string, Kind> kinds = {
+    {"frames", {".pcap", forwardFile}},
     {"h323", {".segments", describeH323}},
 };
 

@@ -150,3 +150,12 @@ void captureAt(const Bytes& frame, timeval time, std::size_t wireLength) {
     header.len = static_cast<bpf_u_int32>(std::max(frame.size(), wireLength));
     Sniffer::gotPacket(nullptr, &header, frame.data());
 }
+
+Bytes behind(Bytes link, const Bytes& packet) {
+    link.insert(link.end(), packet.begin(), packet.end());
+    return link;
+}
+
+Bytes cooked(uint16_t protocol) {
+    return {0, 0, 0, 1, 0, 6, 0x02, 0, 0, 0, 0, 0x01, 0, 0, uint8_t(protocol >> 8), uint8_t(protocol)};
+}

@@ -39,6 +39,10 @@ Bytes ipPacket(uint8_t protocol, const char* src, const char* dst, const Bytes& 
 Bytes etherFrame(uint16_t etherType, const Bytes& body);
 // What an Ethernet frame carries.
 Bytes withoutEthernet(const Bytes& frame);
+// `packet` behind a link header.
+Bytes behind(Bytes link, const Bytes& packet);
+// A Linux cooked (v1) header for a packet of that protocol (an EtherType).
+Bytes cooked(uint16_t protocol);
 // Zero bytes up to the 60-byte Ethernet minimum, as a NIC pads short frames.
 Bytes padded(Bytes frame);
 
