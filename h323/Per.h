@@ -194,6 +194,16 @@ inline constexpr Type OctetString = octetString();
 inline constexpr Type UnconstrainedInteger = unconstrainedInteger();
 inline constexpr Type OpenType = detail::leaf(Kind::Open);
 
+// A component of one constructed type, checked by the compiler: each table
+// module declares one constant per component that code reads (`Setup::
+// sourceAddress`), so a misspelt component does not build. The name is
+// kept only so that a test can check every index against its table.
+struct Ref {
+    const Type* owner;
+    uint16_t index;
+    const char* name;
+};
+
 // ---- decoded values -----------------------------------------------------
 
 // One node of a decoded or built value. Constructed values refer to their
@@ -238,6 +248,10 @@ public:
     Value operator[](std::string_view component) const;
     Value component(size_t index) const;
     bool has(std::string_view component) const { return bool((*this)[component]); }
+    // The component `r` names, or an empty Value when this is not a value of
+    // r's type: a lookup by index costs no name comparison.
+    Value operator[](Ref r) const { return type() == r.owner ? component(r.index) : Value(); }
+    bool has(Ref r) const { return bool((*this)[r]); }
     // Components past the type's own: unknown extension additions, as Open values.
     size_t componentCount() const;
 
@@ -246,6 +260,7 @@ public:
     unsigned tag() const;
     std::string tagName() const;
     bool is(std::string_view alternative) const;
+    bool is(Ref alternative) const { return type() == alternative.owner && tag() == alternative.index; }
     Value chosen() const;
 
     // SEQUENCE OF / SET OF

@@ -63,6 +63,8 @@ public:
 
     static constexpr unsigned pseudoTypeOpenLogicalChannel = 130;
     static constexpr unsigned pseudoTypeOpenLogicalChannelAck = 131;
+    // What the description reads from the body of one Q.931 message type.
+    struct Dispatch;
 
     H323Parser() = default;
     virtual ~H323Parser() = default;
@@ -101,18 +103,19 @@ private:
                          std::string& upStreamPayload);
     bool handleTunnelledH245(h323::per::Value pdu, const u_int& tx_ip, const u_int& rx_ip, const u_int& tx_port,
                              const u_int& rx_port, std::string& upStreamPayload, std::ostringstream& trace);
-    bool appendCallId(h323::per::Value uuie, const char* heading, const std::string& suffix,
+    bool appendCallId(h323::per::Value callIdentifier, const char* heading, const std::string& suffix,
                       std::string& upStreamPayload);
     void appendParty(h323::per::Value aliases, const char* h225Heading, const char* q931Heading,
                      const std::string& number, const char* tag, std::string& upStreamPayload);
     void useH245Address(h323::per::Value address, const char* wording, const std::string& callReference);
-    void fastStartOrH245Address(h323::per::Value uuie, const char* wording, const std::string& callReference,
-                                std::string& upStreamPayload);
+    void fastStartOrH245Address(h323::per::Value uuie, const Dispatch& dispatch, const char* wording,
+                                const std::string& callReference, std::string& upStreamPayload);
     void eraseCall(const std::string& callReference);
     void appendMediaAddress(h323::per::Value address, const char* prefix, const char* name,
                             std::string& upStreamPayload);
     std::string codecText(h323::per::Value audioCapability);
-    void getLogicalChannelParams(h323::per::Value lcParams, const char* codecKey, std::string& upStreamPayload);
+    void getLogicalChannelParams(h323::per::Value dataType, h323::per::Value h2250, const char* codecKey,
+                                 std::string& upStreamPayload);
     bool findCall(const h245Addr& tx, const h245Addr& rx, std::string& callReference);
 
     std::map<h245Addr, std::string, h245comp> h245Map;
