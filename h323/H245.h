@@ -244,6 +244,41 @@ inline constexpr per::Ref network{&UnicastAddress_iPAddress, 0, "network"};
 inline constexpr per::Ref tsapIdentifier{&UnicastAddress_iPAddress, 1, "tsapIdentifier"};
 }
 
+// Every reference above, for the test that checks each against its table.
+inline constexpr const per::Ref* kRefs[] = {
+    &Message::request,
+    &Message::response,
+    &Message::indication,
+    &Request::openLogicalChannel,
+    &Response::openLogicalChannelAck,
+    &Indication::userInput,
+    &UserInput::alphanumeric,
+    &Olc::forwardLogicalChannelNumber,
+    &Olc::forwardLogicalChannelParameters,
+    &Olc::reverseLogicalChannelParameters,
+    &OlcForward::dataType,
+    &OlcForward::multiplexParameters,
+    &OlcForwardMultiplex::h2250LogicalChannelParameters,
+    &OlcReverse::dataType,
+    &OlcReverse::multiplexParameters,
+    &OlcReverseMultiplex::h2250LogicalChannelParameters,
+    &OlcAck::forwardLogicalChannelNumber,
+    &OlcAck::reverseLogicalChannelParameters,
+    &OlcAck::forwardMultiplexAckParameters,
+    &OlcAckReverse::multiplexParameters,
+    &OlcAckReverseMultiplex::h2250LogicalChannelParameters,
+    &OlcAckForwardMultiplex::h2250LogicalChannelAckParameters,
+    &Data::audioData,
+    &Audio::g711Alaw64k,
+    &Audio::g711Ulaw64k,
+    &H2250Params::mediaChannel,
+    &H2250AckParams::mediaChannel,
+    &Transport::unicastAddress,
+    &Unicast::iPAddress,
+    &IpAddress::network,
+    &IpAddress::tsapIdentifier,
+};
+
 // Every named type of this module, for tests that walk them all.
 extern const per::Type* const kTypes[];
 extern const size_t kTypeCount;

@@ -55,6 +55,8 @@
 #include <string_view>
 #include <vector>
 
+#include "h323/DecodeStatus.h"
+
 namespace h323::per {
 
 enum class Kind : uint8_t {
@@ -286,6 +288,24 @@ private:
 
 // ---- decoding ----------------------------------------------------------
 
+// Where a decode stopped: why, the input bit it had reached, and the
+// components it was inside, innermost first (a list element as its
+// position). Names point into the tables, so recording one costs no
+// allocation once warmed up; the text is built only when asked for.
+struct DecodeStop {
+    struct Step {
+        const char* name;   // nullptr: the list element at `element`
+        uint32_t element;
+    };
+    DecodeStatus status = DecodeStatus::Ok;
+    size_t bit = 0;
+    const Type* root = nullptr;
+    std::vector<Step> path;
+
+    // "H323-UserInformation.h323_uu_pdu.h323_message_body.setup.sourceAddress[0]"
+    std::string pathText() const;
+};
+
 // Decodes aligned PER. Reused from one message to the next: its arena keeps
 // its capacity, so decoding allocates nothing once warmed up.
 //
@@ -308,8 +328,15 @@ public:
         return decode(type, reinterpret_cast<const uint8_t*>(data.data()), data.size());
     }
 
+    // Why the last decode failed (status Ok when it did not) and where.
+    const DecodeStop& stop() const { return stop_; }
+    DecodeStatus status() const { return stop_.status; }
+    size_t stopBit() const { return stop_.bit; }
+    std::string stopPath() const { return stop_.pathText(); }
+
 private:
     Tree tree_;
+    DecodeStop stop_;
 };
 
 // ---- building and encoding ---------------------------------------------

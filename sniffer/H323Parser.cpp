@@ -108,7 +108,8 @@ bool H323Parser::decode(const uint8_t* appPayload, size_t size, const u_int& tx_
     if (Value message = h245MSCMsg.decode(h323::h245::MultimediaSystemControlMessage, appPayload, size))
         return handleH245MultimediaSystemControlMsg(message, tx_ip, rx_ip, tx_port, rx_port, upStreamPayload, false);
 
-    q931pdu.decode(appPayload, size);  // whatever decoded is used
+    if (!q931pdu.decode(appPayload, size))  // whatever decoded is used
+        noteFailure("Q.931 message", q931pdu);
     std::ostringstream trace;
     if (traceSignalling) {
         trace << "\n=== Q931 Message ===\n";
@@ -120,7 +121,10 @@ bool H323Parser::decode(const uint8_t* appPayload, size_t size, const u_int& tx_
 
     bool result = false;
     if (q931pdu.has(h323::Q931::UserUser)) {
-        if (Value info = ui.decode(h323::h225::H323_UserInformation, q931pdu.element(h323::Q931::UserUser))) {
+        const Value info = ui.decode(h323::h225::H323_UserInformation, q931pdu.element(h323::Q931::UserUser));
+        if (!info) {
+            noteFailure("H323 user information", ui);
+        } else {
             const Value pdu = info[h225::UserInformation::h323_uu_pdu];
             if (traceSignalling)
                 trace << "\n=== H323 Message ===\n" << h323::per::toText(pdu);
@@ -142,8 +146,10 @@ bool H323Parser::handleTunnelledH245(Value pdu, const u_int& tx_ip, const u_int&
     bool result = false;
     for (size_t i = 0; i < control.size(); ++i) {
         const Value message = h245MSCMsg.decode(h323::h245::MultimediaSystemControlMessage, control.at(i).bytes());
-        if (!message)
+        if (!message) {
+            noteFailure("H323 tunnelled H.245 message", h245MSCMsg);
             continue;
+        }
         if (traceSignalling)
             trace << "\n=== H245 Message ===\n" << h323::per::toText(message);
         if (handleH245MultimediaSystemControlMsg(message, tx_ip, rx_ip, tx_port, rx_port, upStreamPayload, true))
@@ -248,11 +254,21 @@ void H323Parser::getFastStartParams(Value h245FastStartParams, std::string& upSt
         const Value channel = olc.decode(h323::h245::OpenLogicalChannel, h245FastStartParams.at(i).bytes());
         if (!channel) {
             LOG4CXX_DEBUG(logger, "H323 fast-start parameter decode failed");
+            noteFailure("H323 fast-start parameter", olc);
             continue;
         }
         getRequestMediaParams(channel, upStreamPayload);
         upStreamPayload += "\n";
     }
+}
+
+// The reason, path and offset make one DEBUG line, its text built only when
+// DEBUG is on: a failure per segment is common on a busy link.
+template <class Codec>
+void H323Parser::noteFailure(const char* what, const Codec& codec) {
+    ++decodeFailures_[size_t(codec.status())];
+    LOG4CXX_DEBUG(logger, what << " decode failed: " << h323::statusName(codec.status()) << " at "
+                               << codec.stopPath() << ", bit " << codec.stopBit());
 }
 
 // ---------------------------------------------------------------- H.245

@@ -1,6 +1,7 @@
 #ifndef SNIFFER_H323_PARSER_H
 #define SNIFFER_H323_PARSER_H
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <sstream>
@@ -9,6 +10,7 @@
 
 #include <log4cxx/logger.h>
 
+#include "h323/DecodeStatus.h"
 #include "h323/Per.h"
 #include "h323/Q931.h"
 
@@ -95,6 +97,10 @@ public:
 
     void setTraceSignalling(bool trace) { traceSignalling = trace; }
 
+    // Messages that failed to decode, by reason. A segment that is not H.245
+    // but decodes as Q.931 counts nothing: H.245 is only tried first.
+    uint64_t decodeFailures(h323::DecodeStatus status) const { return decodeFailures_[size_t(status)]; }
+
     const std::map<h245Addr, std::string, h245comp>& getH245Map() const { return h245Map; }
     const std::map<std::string, h245Addr, callrefcomp>& getCallRefMap() const { return callRefMap; }
 
@@ -117,6 +123,8 @@ private:
     void getLogicalChannelParams(h323::per::Value dataType, h323::per::Value h2250, const char* codecKey,
                                  std::string& upStreamPayload);
     bool findCall(const h245Addr& tx, const h245Addr& rx, std::string& callReference);
+    template <class Codec>
+    void noteFailure(const char* what, const Codec& codec);
 
     std::map<h245Addr, std::string, h245comp> h245Map;
     std::map<std::string, h245Addr, callrefcomp> callRefMap;
@@ -126,6 +134,7 @@ private:
     h323::per::Decoder ui;
     h323::per::Decoder olc;
     bool traceSignalling = false;
+    std::array<uint64_t, h323::kDecodeStatusCount> decodeFailures_{};
 
     static log4cxx::LoggerPtr logger;
 };
