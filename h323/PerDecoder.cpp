@@ -113,6 +113,8 @@ private:
     Node& node(uint32_t at) { return tree_.nodes[at]; }
 
     // Records the first reason only: the callers unwinding after it add none.
+    // Kept out of line so that the decoding paths stay as small as before.
+    [[gnu::cold, gnu::noinline]]
     bool fail(DecodeStatus status) {
         if (stop_.status == DecodeStatus::Ok) {
             stop_.status = status;
@@ -120,10 +122,12 @@ private:
         }
         return false;
     }
+    [[gnu::cold, gnu::noinline]]
     bool failedIn(const char* component) {
         stop_.path.push_back({component, 0});
         return false;
     }
+    [[gnu::cold, gnu::noinline]]
     bool failedAt(uint32_t element) {
         stop_.path.push_back({nullptr, element});
         return false;
