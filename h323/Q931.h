@@ -106,7 +106,7 @@ private:
     const Entry* find(uint8_t id) const;
     void store(uint8_t id, const uint8_t* contents, size_t length);
     std::string partyDigits(uint8_t element) const;
-    bool stop(DecodeStatus status, size_t octet, int element = -1);   // -1: the header
+    [[gnu::cold, gnu::noinline]] bool stop(DecodeStatus status, size_t octet, int element = -1);   // -1: the header
 
     unsigned messageType_ = 0;
     unsigned callReference_ = 0;
