@@ -16,14 +16,14 @@ public:
     // `wrapped`: the range is a wrapped value's own octets, so running past
     // its end means the wrapper's length is wrong, not that input is missing.
     BitReader(const uint8_t* data, size_t beginByte, size_t endByte, bool wrapped = false)
-        : data_(data), pos_(beginByte * 8), end_(endByte * 8), wrapped_(wrapped) {}
+        : data_(data), pos_(beginByte * 8), end_(endByte * 8), flags_(wrapped ? kWrapped : 0) {}
 
     size_t remaining() const { return pos_ < end_ ? end_ - pos_ : 0; }
     size_t position() const { return pos_; }
     // The status of a failure caused by this reader: reading past the end
     // of the input is truncation; anything else is invalid.
     DecodeStatus failure() const {
-        return overran_ && !wrapped_ ? DecodeStatus::Truncated : DecodeStatus::Invalid;
+        return flags_ == kOverran ? DecodeStatus::Truncated : DecodeStatus::Invalid;
     }
 
     bool read(unsigned n, uint64_t& v) {
@@ -50,6 +50,12 @@ public:
 
     void align() { pos_ = (pos_ + 7) & ~size_t(7); }
 
+    bool skip(uint64_t bits) {
+        if (bits > remaining()) return overrun();
+        pos_ += size_t(bits);
+        return true;
+    }
+
     // Claims `n` whole octets at the (aligned) position.
     bool take(size_t n, size_t& offset) {
         if (n > remaining() / 8) return overrun();
@@ -60,15 +66,17 @@ public:
 
 private:
     bool overrun() {
-        overran_ = true;
+        flags_ |= kOverran;
         return false;
     }
 
     const uint8_t* data_;
     size_t pos_;
     size_t end_;
-    bool wrapped_;
-    bool overran_ = false;
+    // Whole words, like the rest: the reader is copied around every wrapped
+    // value, and narrower fields made those copies measurably slower.
+    static constexpr size_t kWrapped = 1, kOverran = 2;
+    size_t flags_;
 };
 
 class PerDecoder {
@@ -376,9 +384,7 @@ private:
         if (large ? !readUnconstrainedLength(count) : !reader_.read(6, count)) return false;
         if (!large) ++count;
         BitReader bitmap = reader_;
-        uint64_t skipped;
-        for (uint64_t i = 0; i < count; ++i)
-            if (!reader_.read(1, skipped)) return false;
+        if (!reader_.skip(count)) return false;
         for (uint64_t i = 0; i < count; ++i) {
             bool present = false;
             bitmap.readBit(present);
