@@ -1,5 +1,6 @@
 // The call maps of the H.323 parser. What it describes and logs for each
 // message is proven by the golden corpus (tests/golden/h323).
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
 
 #include "H323Parser.h"
@@ -28,6 +29,33 @@ TEST(H323Parser, CallMapsKeepTheirDocumentedAsymmetryAndTextOrder) {
     log.clear();
     empty.displayCallIdMap();
     EXPECT_EQ(log.messages("DEBUG"), (std::vector<std::string>{"CallRefMap is empty", "h245Map is empty"}));
+}
+
+// A failed decode is counted by its reason and named, with where it stopped,
+// in one DEBUG line; the H.245 attempt that precedes every Q.931 message is
+// not a failure.
+TEST(H323Parser, DecodeFailuresAreCountedByReasonAndLoggedWithWhereTheyStopped) {
+    LogCapture log;
+    H323Parser parser;
+    auto describe = [&parser](const std::string& q931) {
+        std::string segment = std::string(15, '\0') + "\x03\x00" + char((q931.size() + 4) >> 8) +
+                              char(q931.size() + 4) + q931;
+        std::string text;
+        return parser.parseH323(reinterpret_cast<u_char*>(segment.data()), int(segment.size()), 15,
+                                inet_addr("10.0.0.1"), inet_addr("10.0.0.2"), 1720, 40001, text);
+    };
+    const std::string cut("\x08\x02\x00\x01\x05\x7e\x00\x05\x05\x01", 10);   // user-user claims 5 octets
+    EXPECT_FALSE(describe(cut));
+    EXPECT_EQ(parser.decodeFailures(h323::DecodeStatus::Truncated), 1u);
+    EXPECT_TRUE(log.contains("DEBUG", "Q.931 message decode failed: truncated at Q931.element[0x7e], bit 80"));
+
+    // An unknown message body of no octets.
+    const std::string invalid("\x08\x02\x00\x01\x05\x7e\x00\x04\x05\x09\x40\x00", 12);
+    EXPECT_FALSE(describe(invalid));
+    EXPECT_EQ(parser.decodeFailures(h323::DecodeStatus::Invalid), 1u);
+    EXPECT_EQ(parser.decodeFailures(h323::DecodeStatus::Truncated), 1u);
+    EXPECT_TRUE(log.contains("DEBUG", "H323 user information decode failed: invalid at "
+                                      "H323-UserInformation.h323_uu_pdu.h323_message_body, bit 24"));
 }
 
 }  // namespace
