@@ -5,6 +5,7 @@
 
 #include "H323Parser.h"
 #include "LogCapture.h"
+#include "Messages.h"
 
 namespace {
 
@@ -38,20 +39,24 @@ TEST(H323Parser, DecodeFailuresAreCountedByReasonAndLoggedWithWhereTheyStopped) 
     LogCapture log;
     H323Parser parser;
     auto describe = [&parser](const std::string& q931) {
-        std::string segment = std::string(15, '\0') + "\x03\x00" + char((q931.size() + 4) >> 8) +
-                              char(q931.size() + 4) + q931;
+        std::string segment = std::string(15, '\0') + h323::test::tpkt(q931);
         std::string text;
         return parser.parseH323(reinterpret_cast<u_char*>(segment.data()), int(segment.size()), 15,
                                 inet_addr("10.0.0.1"), inet_addr("10.0.0.2"), 1720, 40001, text);
     };
-    const std::string cut("\x08\x02\x00\x01\x05\x7e\x00\x05\x05\x01", 10);   // user-user claims 5 octets
+    const std::string whole = h323::test::setup(1).encoded();
+    const std::string cut = whole.substr(0, whole.size() - 3);
     EXPECT_FALSE(describe(cut));
     EXPECT_EQ(parser.decodeFailures(h323::DecodeStatus::Truncated), 1u);
-    EXPECT_TRUE(log.contains("DEBUG", "Q.931 message decode failed: truncated at Q931.element[0x7e], bit 80"));
+    EXPECT_TRUE(log.contains("DEBUG", "Q.931 message decode failed: truncated at Q931.element[0x7e], bit " +
+                                          std::to_string(cut.size() * 8)));
 
-    // An unknown message body of no octets.
-    const std::string invalid("\x08\x02\x00\x01\x05\x7e\x00\x04\x05\x09\x40\x00", 12);
-    EXPECT_FALSE(describe(invalid));
+    h323::Q931 q931;
+    q931.setMessageType(h323::Q931::Setup);
+    q931.setCallReference(1, false);
+    q931.setElement(h323::Q931::UserUser, std::string("\x09\x40\x00", 3));   // an unknown body of no octets
+    const std::vector<uint8_t> wire = q931.encode();
+    EXPECT_FALSE(describe(std::string(wire.begin(), wire.end())));
     EXPECT_EQ(parser.decodeFailures(h323::DecodeStatus::Invalid), 1u);
     EXPECT_EQ(parser.decodeFailures(h323::DecodeStatus::Truncated), 1u);
     EXPECT_TRUE(log.contains("DEBUG", "H323 user information decode failed: invalid at "
