@@ -12,10 +12,10 @@ namespace h323 {
 
 enum class DecodeStatus : uint8_t {
     Ok,
-    Truncated,   // the input ended inside the value: more octets could complete it
-    Invalid,     // the octets there cannot be a value of the type
-    TooDeep,     // nesting beyond the decoder's limit
-    TooLarge,    // a list, string, number or the whole value beyond the decoder's limits
+    Truncated,  // the input ended inside the value: more octets could complete it
+    Invalid,    // the octets there cannot be a value of the type
+    TooDeep,    // nesting beyond the decoder's limit
+    TooLarge,   // a list, string, number or the whole value beyond the decoder's limits
 };
 
 constexpr size_t kDecodeStatusCount = 5;

@@ -66,8 +66,8 @@ TEST(DecodeStatus, MalformedIsInvalid) {
         const char* wire;
         const char* path;
     } cases[] = {
-        {"09 40 00", "H323-UserInformation.h323_uu_pdu.h323_message_body"},   // unknown body, empty
-        {"08 00 01 00", "H323-UserInformation.h323_uu_pdu.h323_message_body.progress"},   // 1 octet for a Progress
+        {"09 40 00", "H323-UserInformation.h323_uu_pdu.h323_message_body"},              // unknown body, empty
+        {"08 00 01 00", "H323-UserInformation.h323_uu_pdu.h323_message_body.progress"},  // 1 octet for a Progress
     };
     Decoder d;
     for (const auto& c : cases) {
@@ -88,7 +88,8 @@ TEST(DecodeStatus, MalformedIsInvalid) {
 // Each presence bit set nests one level deeper; the last one clear ends it.
 std::vector<uint8_t> nesting(size_t levels) {
     std::vector<uint8_t> wire(levels / 8 + 1, 0);
-    for (size_t i = 0; i < levels; ++i) wire[i / 8] |= uint8_t(0x80 >> (i % 8));
+    for (size_t i = 0; i < levels; ++i)
+        wire[i / 8] |= uint8_t(0x80 >> (i % 8));
     return wire;
 }
 
@@ -102,7 +103,7 @@ TEST(DecodeStatus, LimitsAreTooDeepOrTooLarge) {
     EXPECT_EQ(d.stopPath().rfind("Nest.inner.inner.", 0), 0u);
 
     const Type list = sequenceOf(Null, {}, "List");
-    const std::vector<uint8_t> elements = {0x80, uint8_t(Decoder::kMaxListElements + 1)};   // two-octet length
+    const std::vector<uint8_t> elements = {0x80, uint8_t(Decoder::kMaxListElements + 1)};  // two-octet length
     EXPECT_FALSE(d.decode(list, elements.data(), elements.size()));
     EXPECT_EQ(d.status(), DecodeStatus::TooLarge);
     EXPECT_EQ(d.stopPath(), "List");
