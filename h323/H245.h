@@ -145,6 +145,140 @@ extern const per::Type VCCapability;
 extern const per::Type VideoCapability;
 extern const per::Type VideoMode;
 
+// Inline types that the component references below belong to.
+extern const per::Type MultimediaSystemControlMessage;
+extern const per::Type RequestMessage;
+extern const per::Type ResponseMessage;
+extern const per::Type IndicationMessage;
+extern const per::Type UserInputIndication;
+extern const per::Type OpenLogicalChannel;
+extern const per::Type OpenLogicalChannel_forwardLogicalChannelParameters;
+extern const per::Type OpenLogicalChannel_forwardLogicalChannelParameters_multiplexParameters;
+extern const per::Type OpenLogicalChannel_reverseLogicalChannelParameters;
+extern const per::Type OpenLogicalChannel_reverseLogicalChannelParameters_multiplexParameters;
+extern const per::Type OpenLogicalChannelAck;
+extern const per::Type OpenLogicalChannelAck_reverseLogicalChannelParameters;
+extern const per::Type OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexParameters;
+extern const per::Type OpenLogicalChannelAck_forwardMultiplexAckParameters;
+extern const per::Type DataType;
+extern const per::Type AudioCapability;
+extern const per::Type H2250LogicalChannelParameters;
+extern const per::Type H2250LogicalChannelAckParameters;
+extern const per::Type TransportAddress;
+extern const per::Type UnicastAddress;
+extern const per::Type UnicastAddress_iPAddress;
+
+// One reference per component that the signalling decoder reads, grouped
+// by the type that holds it (see per::Ref).
+namespace Message {
+inline constexpr per::Ref request{&MultimediaSystemControlMessage, 0, "request"};
+inline constexpr per::Ref response{&MultimediaSystemControlMessage, 1, "response"};
+inline constexpr per::Ref indication{&MultimediaSystemControlMessage, 3, "indication"};
+}
+namespace Request {
+inline constexpr per::Ref openLogicalChannel{&RequestMessage, 3, "openLogicalChannel"};
+}
+namespace Response {
+inline constexpr per::Ref openLogicalChannelAck{&ResponseMessage, 5, "openLogicalChannelAck"};
+}
+namespace Indication {
+inline constexpr per::Ref userInput{&IndicationMessage, 13, "userInput"};
+}
+namespace UserInput {
+inline constexpr per::Ref alphanumeric{&UserInputIndication, 1, "alphanumeric"};
+}
+namespace Olc {
+inline constexpr per::Ref forwardLogicalChannelNumber{&OpenLogicalChannel, 0, "forwardLogicalChannelNumber"};
+inline constexpr per::Ref forwardLogicalChannelParameters{&OpenLogicalChannel, 1, "forwardLogicalChannelParameters"};
+inline constexpr per::Ref reverseLogicalChannelParameters{&OpenLogicalChannel, 2, "reverseLogicalChannelParameters"};
+}
+namespace OlcForward {
+inline constexpr per::Ref dataType{&OpenLogicalChannel_forwardLogicalChannelParameters, 1, "dataType"};
+inline constexpr per::Ref multiplexParameters{&OpenLogicalChannel_forwardLogicalChannelParameters, 2, "multiplexParameters"};
+}
+namespace OlcForwardMultiplex {
+inline constexpr per::Ref h2250LogicalChannelParameters{&OpenLogicalChannel_forwardLogicalChannelParameters_multiplexParameters, 3, "h2250LogicalChannelParameters"};
+}
+namespace OlcReverse {
+inline constexpr per::Ref dataType{&OpenLogicalChannel_reverseLogicalChannelParameters, 0, "dataType"};
+inline constexpr per::Ref multiplexParameters{&OpenLogicalChannel_reverseLogicalChannelParameters, 1, "multiplexParameters"};
+}
+namespace OlcReverseMultiplex {
+inline constexpr per::Ref h2250LogicalChannelParameters{&OpenLogicalChannel_reverseLogicalChannelParameters_multiplexParameters, 2, "h2250LogicalChannelParameters"};
+}
+namespace OlcAck {
+inline constexpr per::Ref forwardLogicalChannelNumber{&OpenLogicalChannelAck, 0, "forwardLogicalChannelNumber"};
+inline constexpr per::Ref reverseLogicalChannelParameters{&OpenLogicalChannelAck, 1, "reverseLogicalChannelParameters"};
+inline constexpr per::Ref forwardMultiplexAckParameters{&OpenLogicalChannelAck, 3, "forwardMultiplexAckParameters"};
+}
+namespace OlcAckReverse {
+inline constexpr per::Ref multiplexParameters{&OpenLogicalChannelAck_reverseLogicalChannelParameters, 2, "multiplexParameters"};
+}
+namespace OlcAckReverseMultiplex {
+inline constexpr per::Ref h2250LogicalChannelParameters{&OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexParameters, 1, "h2250LogicalChannelParameters"};
+}
+namespace OlcAckForwardMultiplex {
+inline constexpr per::Ref h2250LogicalChannelAckParameters{&OpenLogicalChannelAck_forwardMultiplexAckParameters, 0, "h2250LogicalChannelAckParameters"};
+}
+namespace Data {
+inline constexpr per::Ref audioData{&DataType, 3, "audioData"};
+}
+namespace Audio {
+inline constexpr per::Ref g711Alaw64k{&AudioCapability, 1, "g711Alaw64k"};
+inline constexpr per::Ref g711Ulaw64k{&AudioCapability, 3, "g711Ulaw64k"};
+}
+namespace H2250Params {
+inline constexpr per::Ref mediaChannel{&H2250LogicalChannelParameters, 3, "mediaChannel"};
+}
+namespace H2250AckParams {
+inline constexpr per::Ref mediaChannel{&H2250LogicalChannelAckParameters, 2, "mediaChannel"};
+}
+namespace Transport {
+inline constexpr per::Ref unicastAddress{&TransportAddress, 0, "unicastAddress"};
+}
+namespace Unicast {
+inline constexpr per::Ref iPAddress{&UnicastAddress, 0, "iPAddress"};
+}
+namespace IpAddress {
+inline constexpr per::Ref network{&UnicastAddress_iPAddress, 0, "network"};
+inline constexpr per::Ref tsapIdentifier{&UnicastAddress_iPAddress, 1, "tsapIdentifier"};
+}
+
+// Every reference above, for the test that checks each against its table.
+inline constexpr const per::Ref* kRefs[] = {
+    &Message::request,
+    &Message::response,
+    &Message::indication,
+    &Request::openLogicalChannel,
+    &Response::openLogicalChannelAck,
+    &Indication::userInput,
+    &UserInput::alphanumeric,
+    &Olc::forwardLogicalChannelNumber,
+    &Olc::forwardLogicalChannelParameters,
+    &Olc::reverseLogicalChannelParameters,
+    &OlcForward::dataType,
+    &OlcForward::multiplexParameters,
+    &OlcForwardMultiplex::h2250LogicalChannelParameters,
+    &OlcReverse::dataType,
+    &OlcReverse::multiplexParameters,
+    &OlcReverseMultiplex::h2250LogicalChannelParameters,
+    &OlcAck::forwardLogicalChannelNumber,
+    &OlcAck::reverseLogicalChannelParameters,
+    &OlcAck::forwardMultiplexAckParameters,
+    &OlcAckReverse::multiplexParameters,
+    &OlcAckReverseMultiplex::h2250LogicalChannelParameters,
+    &OlcAckForwardMultiplex::h2250LogicalChannelAckParameters,
+    &Data::audioData,
+    &Audio::g711Alaw64k,
+    &Audio::g711Ulaw64k,
+    &H2250Params::mediaChannel,
+    &H2250AckParams::mediaChannel,
+    &Transport::unicastAddress,
+    &Unicast::iPAddress,
+    &IpAddress::network,
+    &IpAddress::tsapIdentifier,
+};
+
 // Every named type of this module, for tests that walk them all.
 extern const per::Type* const kTypes[];
 extern const size_t kTypeCount;

@@ -55,6 +55,8 @@
 #include <string_view>
 #include <vector>
 
+#include "h323/DecodeStatus.h"
+
 namespace h323::per {
 
 enum class Kind : uint8_t {
@@ -194,6 +196,16 @@ inline constexpr Type OctetString = octetString();
 inline constexpr Type UnconstrainedInteger = unconstrainedInteger();
 inline constexpr Type OpenType = detail::leaf(Kind::Open);
 
+// A component of one constructed type, checked by the compiler: each table
+// module declares one constant per component that code reads (`Setup::
+// sourceAddress`), so a misspelt component does not build. The name is
+// kept only so that a test can check every index against its table.
+struct Ref {
+    const Type* owner;
+    uint16_t index;
+    const char* name;
+};
+
 // ---- decoded values -----------------------------------------------------
 
 // One node of a decoded or built value. Constructed values refer to their
@@ -238,6 +250,10 @@ public:
     Value operator[](std::string_view component) const;
     Value component(size_t index) const;
     bool has(std::string_view component) const { return bool((*this)[component]); }
+    // The component `r` names, or an empty Value when this is not a value of
+    // r's type: a lookup by index costs no name comparison.
+    Value operator[](Ref r) const { return type() == r.owner ? component(r.index) : Value(); }
+    bool has(Ref r) const { return bool((*this)[r]); }
     // Components past the type's own: unknown extension additions, as Open values.
     size_t componentCount() const;
 
@@ -246,6 +262,7 @@ public:
     unsigned tag() const;
     std::string tagName() const;
     bool is(std::string_view alternative) const;
+    bool is(Ref alternative) const { return type() == alternative.owner && tag() == alternative.index; }
     Value chosen() const;
 
     // SEQUENCE OF / SET OF
@@ -271,6 +288,24 @@ private:
 
 // ---- decoding ----------------------------------------------------------
 
+// Where a decode stopped: why, the input bit it had reached, and the
+// components it was inside, innermost first (a list element as its
+// position). Names point into the tables, so recording one costs no
+// allocation once warmed up; the text is built only when asked for.
+struct DecodeStop {
+    struct Step {
+        const char* name;   // nullptr: the list element at `element`
+        uint32_t element;
+    };
+    DecodeStatus status = DecodeStatus::Ok;
+    size_t bit = 0;
+    const Type* root = nullptr;
+    std::vector<Step> path;
+
+    // "H323-UserInformation.h323_uu_pdu.h323_message_body.setup.sourceAddress[0]"
+    std::string pathText() const;
+};
+
 // Decodes aligned PER. Reused from one message to the next: its arena keeps
 // its capacity, so decoding allocates nothing once warmed up.
 //
@@ -293,8 +328,15 @@ public:
         return decode(type, reinterpret_cast<const uint8_t*>(data.data()), data.size());
     }
 
+    // Why the last decode failed (status Ok when it did not) and where.
+    const DecodeStop& stop() const { return stop_; }
+    DecodeStatus status() const { return stop_.status; }
+    size_t stopBit() const { return stop_.bit; }
+    std::string stopPath() const { return stop_.pathText(); }
+
 private:
     Tree tree_;
+    DecodeStop stop_;
 };
 
 // ---- building and encoding ---------------------------------------------

@@ -13,13 +13,21 @@ using namespace rules;
 // nothing past it is ever touched.
 class BitReader {
 public:
-    BitReader(const uint8_t* data, size_t beginByte, size_t endByte)
-        : data_(data), pos_(beginByte * 8), end_(endByte * 8) {}
+    // `wrapped`: the range is a wrapped value's own octets, so running past
+    // its end means the wrapper's length is wrong, not that input is missing.
+    BitReader(const uint8_t* data, size_t beginByte, size_t endByte, bool wrapped = false)
+        : data_(data), pos_(beginByte * 8), end_(endByte * 8), flags_(wrapped ? kWrapped : 0) {}
 
     size_t remaining() const { return pos_ < end_ ? end_ - pos_ : 0; }
+    size_t position() const { return pos_; }
+    // The status of a failure caused by this reader: reading past the end
+    // of the input is truncation; anything else is invalid.
+    DecodeStatus failure() const {
+        return flags_ == kOverran ? DecodeStatus::Truncated : DecodeStatus::Invalid;
+    }
 
     bool read(unsigned n, uint64_t& v) {
-        if (n > remaining()) return false;
+        if (n > remaining()) return overrun();
         v = 0;
         while (n > 0) {
             unsigned used = pos_ & 7;
@@ -42,28 +50,46 @@ public:
 
     void align() { pos_ = (pos_ + 7) & ~size_t(7); }
 
+    bool skip(uint64_t bits) {
+        if (bits > remaining()) return overrun();
+        pos_ += size_t(bits);
+        return true;
+    }
+
     // Claims `n` whole octets at the (aligned) position.
     bool take(size_t n, size_t& offset) {
-        if (n > remaining() / 8) return false;
+        if (n > remaining() / 8) return overrun();
         offset = pos_ / 8;
         pos_ += n * 8;
         return true;
     }
 
 private:
+    bool overrun() {
+        flags_ |= kOverran;
+        return false;
+    }
+
     const uint8_t* data_;
     size_t pos_;
     size_t end_;
+    // Whole words, like the rest: the reader is copied around every wrapped
+    // value, and narrower fields made those copies measurably slower.
+    static constexpr size_t kWrapped = 1, kOverran = 2;
+    size_t flags_;
 };
 
 class PerDecoder {
 public:
-    PerDecoder(Tree& tree, const uint8_t* data, size_t size) : tree_(tree), reader_(data, 0, size), data_(data) {}
+    PerDecoder(Tree& tree, DecodeStop& stop, const uint8_t* data, size_t size)
+        : tree_(tree), stop_(stop), reader_(data, 0, size), data_(data) {}
 
+    // On failure the innermost call records the status and offset, and each
+    // constructed value on the way out adds its component to the path.
     bool decode(const Type& t, uint32_t at) {
-        if (++depth_ > kMaxDepth) return false;
+        if (++depth_ > kMaxDepth) return fail(DecodeStatus::TooDeep);
         tree_.nodes[at].type = &t;
-        bool ok = decodeKind(t, at);
+        bool ok = decodeKind(t, at) || fail(reader_.failure());
         --depth_;
         return ok;
     }
@@ -94,14 +120,35 @@ private:
 
     Node& node(uint32_t at) { return tree_.nodes[at]; }
 
+    // Records the first reason only: the callers unwinding after it add none.
+    // Kept out of line so that the decoding paths stay as small as before.
+    [[gnu::cold, gnu::noinline]]
+    bool fail(DecodeStatus status) {
+        if (stop_.status == DecodeStatus::Ok) {
+            stop_.status = status;
+            stop_.bit = reader_.position();
+        }
+        return false;
+    }
+    [[gnu::cold, gnu::noinline]]
+    bool failedIn(const char* component) {
+        stop_.path.push_back({component, 0});
+        return false;
+    }
+    [[gnu::cold, gnu::noinline]]
+    bool failedAt(uint32_t element) {
+        stop_.path.push_back({nullptr, element});
+        return false;
+    }
+
     bool allocate(uint32_t n, uint32_t& first) {
-        if (tree_.nodes.size() + n > kMaxNodes) return false;
+        if (tree_.nodes.size() + n > kMaxNodes) return fail(DecodeStatus::TooLarge);
         first = tree_.allocate(n);
         return true;
     }
 
     bool appendChild(uint32_t parent, uint32_t& slot) {
-        if (tree_.nodes.size() + node(parent).length + 1 > kMaxNodes) return false;
+        if (tree_.nodes.size() + node(parent).length + 1 > kMaxNodes) return fail(DecodeStatus::TooLarge);
         slot = tree_.appendChild(parent);
         return true;
     }
@@ -169,7 +216,8 @@ private:
         if (!large) return reader_.read(6, n);
         uint64_t octets;
         if (!readUnconstrainedLength(octets) || octets == 0 || octets > 4) return false;
-        return reader_.read(unsigned(octets) * 8, n) && n <= UINT32_MAX - 65536;
+        if (!reader_.read(unsigned(octets) * 8, n)) return false;
+        return n <= UINT32_MAX - 65536 || fail(DecodeStatus::TooLarge);
     }
 
     // Length-prefixed octets (open types, OBJECT IDENTIFIER, GeneralString).
@@ -181,7 +229,7 @@ private:
     }
 
     bool readValueOctets(uint64_t octets, bool isSigned, int64_t& v) {
-        if (octets > 8) return false;
+        if (octets > 8) return fail(DecodeStatus::TooLarge);
         uint64_t raw = 0;
         if (octets > 0 && !reader_.read(unsigned(octets) * 8, raw)) return false;
         if (isSigned && octets > 0 && octets < 8 && (raw >> (octets * 8 - 1)) & 1) raw |= ~uint64_t(0) << (octets * 8);
@@ -256,7 +304,8 @@ private:
 
     bool decodeOctetString(const Type& t, uint32_t at) {
         uint64_t n;
-        if (!readSize(t, n) || n > Decoder::kMaxStringLength) return false;
+        if (!readSize(t, n)) return false;
+        if (n > Decoder::kMaxStringLength) return fail(DecodeStatus::TooLarge);
         if (!contentsAligned(t.range, 8, n, false)) return copyBits(at, n * 8);
         reader_.align();
         size_t offset;
@@ -267,7 +316,8 @@ private:
 
     bool decodeBitString(const Type& t, uint32_t at) {
         uint64_t bits;
-        if (!readSize(t, bits) || bits > Decoder::kMaxStringLength * 8) return false;
+        if (!readSize(t, bits)) return false;
+        if (bits > Decoder::kMaxStringLength * 8) return fail(DecodeStatus::TooLarge);
         node(at).number = int64_t(bits);
         if (contentsAligned(t.range, 1, bits, false)) reader_.align();
         return copyBits(at, bits);
@@ -275,7 +325,8 @@ private:
 
     bool decodeLengthPrefixedOctets(uint32_t at) {
         size_t offset, length;
-        if (!readOctets(offset, length) || length > Decoder::kMaxStringLength) return false;
+        if (!readOctets(offset, length)) return false;
+        if (length > Decoder::kMaxStringLength) return fail(DecodeStatus::TooLarge);
         setBytes(at, offset, length, false);
         return true;
     }
@@ -283,7 +334,8 @@ private:
     bool decodeCharacterString(const Type& t, uint32_t at) {
         CharLayout layout = charLayout(t);
         uint64_t n;
-        if (!readSize(t, n) || n > Decoder::kMaxStringLength) return false;
+        if (!readSize(t, n)) return false;
+        if (n > Decoder::kMaxStringLength) return fail(DecodeStatus::TooLarge);
         bool aligned = contentsAligned(t.range, layout.bits, n, true);
         if (aligned) reader_.align();
         unsigned width = t.kind == Kind::BMPString ? 2 : 1;
@@ -320,7 +372,7 @@ private:
         for (uint32_t i = 0; i < t.rootCount; ++i) {
             const Component& c = t.components[i];
             if (c.optional() && !((presence >> (t.optionalCount - 1 - optionalSeen++)) & 1)) continue;
-            if (!decode(*c.type, first + i)) return false;
+            if (!decode(*c.type, first + i)) return failedIn(c.name);
         }
         return !extended || decodeAdditions(t, at);
     }
@@ -332,9 +384,7 @@ private:
         if (large ? !readUnconstrainedLength(count) : !reader_.read(6, count)) return false;
         if (!large) ++count;
         BitReader bitmap = reader_;
-        uint64_t skipped;
-        for (uint64_t i = 0; i < count; ++i)
-            if (!reader_.read(1, skipped)) return false;
+        if (!reader_.skip(count)) return false;
         for (uint64_t i = 0; i < count; ++i) {
             bool present = false;
             bitmap.readBit(present);
@@ -345,7 +395,8 @@ private:
             uint32_t slot;
             if (index < t.count) {
                 slot = node(at).first + uint32_t(index);
-                if (!decodeOpen(*t.components[index].type, slot, offset, length)) return false;
+                if (!decodeOpen(*t.components[index].type, slot, offset, length))
+                    return failedIn(t.components[index].name);
             } else {
                 if (!appendChild(at, slot)) return false;
                 node(slot).type = &OpenType;
@@ -363,7 +414,7 @@ private:
             return true;
         }
         BitReader outer = reader_;
-        reader_ = BitReader(data_, offset, offset + length);
+        reader_ = BitReader(data_, offset, offset + length, true);
         bool ok = decode(t, at);
         reader_ = outer;
         return ok;
@@ -380,13 +431,14 @@ private:
             if (t.rootCount == 0 || !readConstrainedWhole(t.rootCount, index)) return false;
             index = std::min<uint64_t>(index, t.rootCount - 1);
             node(at).number = int64_t(index);
-            return decode(*t.components[index].type, child);
+            return decode(*t.components[index].type, child) || failedIn(t.components[index].name);
         }
         size_t offset, length;
         if (!readNormallySmall(index) || !readOctets(offset, length)) return false;
         index += t.rootCount;
         node(at).number = int64_t(index);
-        if (index < t.count) return decodeOpen(*t.components[index].type, child, offset, length);
+        if (index < t.count)
+            return decodeOpen(*t.components[index].type, child, offset, length) || failedIn(t.components[index].name);
         if (length == 0) return false;
         node(child).type = &OpenType;
         setBytes(child, offset, length, false);
@@ -395,17 +447,19 @@ private:
 
     bool decodeSequenceOf(const Type& t, uint32_t at) {
         uint64_t n;
-        if (!readSize(t, n) || n > Decoder::kMaxListElements) return false;
+        if (!readSize(t, n)) return false;
+        if (n > Decoder::kMaxListElements) return fail(DecodeStatus::TooLarge);
         uint32_t first;
         if (!allocate(uint32_t(n), first)) return false;
         node(at).first = first;
         node(at).length = uint32_t(n);
         for (uint32_t i = 0; i < n; ++i)
-            if (!decode(*t.element, first + i)) return false;
+            if (!decode(*t.element, first + i)) return failedAt(i);
         return true;
     }
 
     Tree& tree_;
+    DecodeStop& stop_;
     BitReader reader_;
     const uint8_t* data_;
     int depth_ = 0;
@@ -416,9 +470,20 @@ private:
 Value Decoder::decode(const Type& type, const uint8_t* data, size_t size) {
     tree_.reset(data);
     tree_.nodes.resize(1);
-    PerDecoder decoder(tree_, data, size);
+    stop_.status = DecodeStatus::Ok;
+    stop_.bit = 0;
+    stop_.root = &type;
+    stop_.path.clear();
+    PerDecoder decoder(tree_, stop_, data, size);
     if (!decoder.decode(type, 0)) return {};
     return Value(&tree_, 0);
+}
+
+std::string DecodeStop::pathText() const {
+    std::string text = root && root->name ? root->name : "value";
+    for (auto step = path.rbegin(); step != path.rend(); ++step)
+        text += step->name ? "." + std::string(step->name) : "[" + std::to_string(step->element) + "]";
+    return text;
 }
 
 }  // namespace h323::per

@@ -11,6 +11,9 @@ namespace {
 
 constexpr size_t kMinimumSize = 5;
 constexpr unsigned kMaxCallReferenceLength = 2;
+// Where a decode stopped, when not inside an element (see Q931::stopPath).
+constexpr int kHeaderStep = -1;
+constexpr int kCallReferenceStep = -2;
 
 const char* messageTypeName(unsigned type) {
     switch (type) {
@@ -75,7 +78,9 @@ void Q931::store(uint8_t id, const uint8_t* contents, size_t length) {
 
 bool Q931::decode(const uint8_t* data, size_t size) {
     clear();
-    if (size < kMinimumSize || data[1] > kMaxCallReferenceLength) return false;
+    status_ = DecodeStatus::Ok;
+    if (size < kMinimumSize) return stop(DecodeStatus::Truncated, size);
+    if (data[1] > kMaxCallReferenceLength) return stop(DecodeStatus::Invalid, 1, kCallReferenceStep);
     unsigned callReferenceLength = data[1];
     if (callReferenceLength == 2) {
         callReference_ = ((data[2] & 0x7fu) << 8) | data[3];
@@ -91,20 +96,34 @@ bool Q931::decode(const uint8_t* data, size_t size) {
         }
         size_t length;
         if (id == UserUser) {
-            if (size - pos < 2) return false;
+            if (size - pos < 2) return stop(DecodeStatus::Truncated, size, id);
             length = (size_t(data[pos]) << 8) | data[pos + 1];
             pos += 2;
-            if (length == 0 || length > size - pos) return false;
+            if (length == 0) return stop(DecodeStatus::Invalid, pos - 2, id);
+            if (length > size - pos) return stop(DecodeStatus::Truncated, size, id);
             store(id, data + pos + 1, length - 1);   // past its protocol discriminator
         } else {
-            if (pos >= size) return false;
+            if (pos >= size) return stop(DecodeStatus::Truncated, size, id);
             length = data[pos++];
-            if (length > size - pos) return false;
+            if (length > size - pos) return stop(DecodeStatus::Truncated, size, id);
             store(id, data + pos, length);
         }
         pos += length;
     }
     return true;
+}
+
+bool Q931::stop(DecodeStatus status, size_t octet, int element) {
+    status_ = status;
+    stopOctet_ = octet;
+    stopElement_ = element;
+    return false;
+}
+
+std::string Q931::stopPath() const {
+    if (stopElement_ == kHeaderStep) return "Q931.header";
+    if (stopElement_ == kCallReferenceStep) return "Q931.callReference";
+    return "Q931.element[0x" + hexText(std::string(1, char(stopElement_))) + "]";
 }
 
 std::vector<uint8_t> Q931::encode() const {

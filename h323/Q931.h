@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include "h323/DecodeStatus.h"
+
 namespace h323 {
 
 class Q931 {
@@ -64,6 +66,13 @@ public:
     // ascending identifier order.
     std::vector<uint8_t> encode() const;
 
+    // Why the last decode failed (Ok when it did not), the bit it stopped
+    // at, and the part it was reading: "Q931.header", "Q931.callReference"
+    // or "Q931.element[0x7e]". What was read before the failure is kept.
+    DecodeStatus status() const { return status_; }
+    size_t stopBit() const { return stopOctet_ * 8; }
+    std::string stopPath() const;
+
     unsigned messageType() const { return messageType_; }
     unsigned callReference() const { return callReference_; }   // without the flag
     bool fromDestination() const { return fromDestination_; }     // the call reference flag
@@ -97,12 +106,16 @@ private:
     const Entry* find(uint8_t id) const;
     void store(uint8_t id, const uint8_t* contents, size_t length);
     std::string partyDigits(uint8_t element) const;
+    [[gnu::cold, gnu::noinline]] bool stop(DecodeStatus status, size_t octet, int element = -1);   // -1: the header
 
     unsigned messageType_ = 0;
     unsigned callReference_ = 0;
     bool fromDestination_ = false;
     std::vector<Entry> entries_;   // ascending by id
     std::string contents_;         // element contents, referred to by entries_
+    DecodeStatus status_ = DecodeStatus::Ok;
+    size_t stopOctet_ = 0;
+    int stopElement_ = -1;         // the element being read; -1: the header, -2: the call reference
 };
 
 }  // namespace h323

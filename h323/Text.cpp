@@ -1,5 +1,7 @@
 #include "h323/Text.h"
 
+#include "h323/H225.h"
+
 namespace h323 {
 
 std::string hexText(std::string_view octets) {
@@ -38,22 +40,22 @@ std::string ipv4Text(uint32_t networkOrder) {
 namespace {
 
 std::string transportText(per::Value address) {
-    if (!address.is("ipAddress")) return {};
+    if (!address.is(h225::Transport::ipAddress)) return {};
     per::Value ip = address.chosen();
-    std::string_view octets = ip["ip"].bytes();
+    std::string_view octets = ip[h225::IpAddress::ip].bytes();
     bool unspecified = octets == std::string_view("\0\0\0\0", 4);
     std::string out = "ip$" + (unspecified ? std::string("*") : ipv4Text(octets));
-    if (int64_t port = ip["port"].integer()) out += ':' + std::to_string(port);
+    if (int64_t port = ip[h225::IpAddress::port].integer()) out += ':' + std::to_string(port);
     return out;
 }
 
 std::string partyNumberText(per::Value number) {
     per::Value v = number.chosen();
-    if (number.is("e164Number")) return "E164:" + v["publicNumberDigits"].text();
-    if (number.is("privateNumber")) return "Private:" + v["privateNumberDigits"].text();
-    if (number.is("dataPartyNumber")) return "Data:" + v.text();
-    if (number.is("telexPartyNumber")) return "Telex:" + v.text();
-    if (number.is("nationalStandardPartyNumber")) return "NSP:" + v.text();
+    if (number.is(h225::Party::e164Number)) return "E164:" + v[h225::PublicNumber::publicNumberDigits].text();
+    if (number.is(h225::Party::privateNumber)) return "Private:" + v[h225::PrivateNumber::privateNumberDigits].text();
+    if (number.is(h225::Party::dataPartyNumber)) return "Data:" + v.text();
+    if (number.is(h225::Party::telexPartyNumber)) return "Telex:" + v.text();
+    if (number.is(h225::Party::nationalStandardPartyNumber)) return "NSP:" + v.text();
     return {};
 }
 
@@ -61,14 +63,14 @@ std::string partyNumberText(per::Value number) {
 
 std::string aliasText(per::Value alias) {
     per::Value v = alias.chosen();
-    if (alias.is("dialedDigits") || alias.is("url_ID") || alias.is("email_ID")) return v.text();
-    if (alias.is("h323_ID")) {
+    if (alias.is(h225::Alias::dialedDigits) || alias.is(h225::Alias::url_ID) || alias.is(h225::Alias::email_ID)) return v.text();
+    if (alias.is(h225::Alias::h323_ID)) {
         std::string text = v.text();
         if (!text.empty() && text.back() == '\0') text.pop_back();
         return text;
     }
-    if (alias.is("transportID")) return transportText(v);
-    if (alias.is("partyNumber")) return partyNumberText(v);
+    if (alias.is(h225::Alias::transportID)) return transportText(v);
+    if (alias.is(h225::Alias::partyNumber)) return partyNumberText(v);
     return {};
 }
 

@@ -1,6 +1,7 @@
 #ifndef SNIFFER_H323_PARSER_H
 #define SNIFFER_H323_PARSER_H
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <sstream>
@@ -9,6 +10,7 @@
 
 #include <log4cxx/logger.h>
 
+#include "h323/DecodeStatus.h"
 #include "h323/Per.h"
 #include "h323/Q931.h"
 
@@ -63,6 +65,8 @@ public:
 
     static constexpr unsigned pseudoTypeOpenLogicalChannel = 130;
     static constexpr unsigned pseudoTypeOpenLogicalChannelAck = 131;
+    // What the description reads from the body of one Q.931 message type.
+    struct Dispatch;
 
     H323Parser() = default;
     virtual ~H323Parser() = default;
@@ -93,6 +97,10 @@ public:
 
     void setTraceSignalling(bool trace) { traceSignalling = trace; }
 
+    // Messages that failed to decode, by reason. A segment that is not H.245
+    // but decodes as Q.931 counts nothing: H.245 is only tried first.
+    uint64_t decodeFailures(h323::DecodeStatus status) const { return decodeFailures_[size_t(status)]; }
+
     const std::map<h245Addr, std::string, h245comp>& getH245Map() const { return h245Map; }
     const std::map<std::string, h245Addr, callrefcomp>& getCallRefMap() const { return callRefMap; }
 
@@ -101,19 +109,22 @@ private:
                          std::string& upStreamPayload);
     bool handleTunnelledH245(h323::per::Value pdu, const u_int& tx_ip, const u_int& rx_ip, const u_int& tx_port,
                              const u_int& rx_port, std::string& upStreamPayload, std::ostringstream& trace);
-    bool appendCallId(h323::per::Value uuie, const char* heading, const std::string& suffix,
+    bool appendCallId(h323::per::Value callIdentifier, const char* heading, const std::string& suffix,
                       std::string& upStreamPayload);
     void appendParty(h323::per::Value aliases, const char* h225Heading, const char* q931Heading,
                      const std::string& number, const char* tag, std::string& upStreamPayload);
     void useH245Address(h323::per::Value address, const char* wording, const std::string& callReference);
-    void fastStartOrH245Address(h323::per::Value uuie, const char* wording, const std::string& callReference,
-                                std::string& upStreamPayload);
+    void fastStartOrH245Address(h323::per::Value uuie, const Dispatch& dispatch, const char* wording,
+                                const std::string& callReference, std::string& upStreamPayload);
     void eraseCall(const std::string& callReference);
     void appendMediaAddress(h323::per::Value address, const char* prefix, const char* name,
                             std::string& upStreamPayload);
     std::string codecText(h323::per::Value audioCapability);
-    void getLogicalChannelParams(h323::per::Value lcParams, const char* codecKey, std::string& upStreamPayload);
+    void getLogicalChannelParams(h323::per::Value dataType, h323::per::Value h2250, const char* codecKey,
+                                 std::string& upStreamPayload);
     bool findCall(const h245Addr& tx, const h245Addr& rx, std::string& callReference);
+    template <class Codec>
+    void noteFailure(const char* what, const Codec& codec);
 
     std::map<h245Addr, std::string, h245comp> h245Map;
     std::map<std::string, h245Addr, callrefcomp> callRefMap;
@@ -123,6 +134,7 @@ private:
     h323::per::Decoder ui;
     h323::per::Decoder olc;
     bool traceSignalling = false;
+    std::array<uint64_t, h323::kDecodeStatusCount> decodeFailures_{};
 
     static log4cxx::LoggerPtr logger;
 };

@@ -9,7 +9,10 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static h323::Q931 q931, again;
-    if (!q931.decode(data, size)) return 0;
+    if (!q931.decode(data, size)) {
+        if (q931.status() == h323::DecodeStatus::Ok || q931.stopBit() > size * 8) __builtin_trap();   // a reason, inside the input
+        return 0;
+    }
     q931.callingPartyNumber();
     q931.calledPartyNumber();
     std::ostringstream trace;

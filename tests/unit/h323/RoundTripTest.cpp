@@ -52,5 +52,16 @@ TEST(PerTables, PermittedAlphabetsAreAscendingAndOptionalBitmapsFitTheDecoder) {
     }
 }
 
+// The references the decoder's users read by are written by hand next to the
+// tables: each must point at the component it is named after.
+TEST(PerTables, EveryComponentReferencePointsAtTheComponentItIsNamedAfter) {
+    std::vector<const Ref*> refs(std::begin(h225::kRefs), std::end(h225::kRefs));
+    refs.insert(refs.end(), std::begin(h245::kRefs), std::end(h245::kRefs));
+    for (const Ref* r : refs) {
+        ASSERT_LT(r->index, r->owner->count) << r->name;
+        EXPECT_STREQ(r->owner->components[r->index].name, r->name);
+    }
+}
+
 }  // namespace
 }  // namespace h323::per
