@@ -79,7 +79,7 @@ TcpStreamReassembler::Directions::iterator TcpStreamReassembler::directionFor(co
 
 // Bytes from `seq` on, of which those before `next` were taken already.
 void TcpStreamReassembler::append(Direction& direction, uint32_t seq, const u_char* data, std::size_t length) {
-    const std::size_t seen = static_cast<std::size_t>(-distance(direction.next, seq));
+    const std::size_t seen = direction.next - seq;  // not after `next`: at most 2^31 bytes back
     if (seen >= length)
         return;
     direction.pending.insert(direction.pending.end(), data + seen, data + length);
