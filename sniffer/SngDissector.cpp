@@ -274,19 +274,20 @@ void SngDissector::processTcp(u_char* packet, const pcap_pkthdr* header, int siz
 }
 
 // With SipOverTcp or ReassembleH323, a segment of a SIP port's stream, or
-// of any other when H.323 is reassembled, goes to the stream's messages
-// instead of being described alone. True when it went.
+// of an H.323 one, goes to the stream's messages instead of being described
+// alone. True when it went. An H.323 stream is followed from its first
+// segment that starts like a TPKT message: other TCP keeps the classic path,
+// which describes nothing of it, without costing memory.
 bool SngDissector::takeStream(const pcap_pkthdr& header, const sniff_tcp& tcp, const u_char* data, int length) {
     const bool sip = options.sipOverTcp && (options.isSipTcpPort(ohdr.srcPort) || options.isSipTcpPort(ohdr.dstPort));
     if (!sip && !options.reassembleH323)
         return false;
+    const TcpStreamReassembler::Key key{ohdr.srcIp, ohdr.srcPort, ohdr.dstIp, ohdr.dstPort};
+    if (!sip && !tcpStreams->follows(key) && !(length > 0 && data[0] == tpktVersion))
+        return false;
     const our_header addresses = ohdr;
-    const TcpStreamReassembler::Segment segment{{ohdr.srcIp, ohdr.srcPort, ohdr.dstIp, ohdr.dstPort},
-                                                ntohl(tcp.th_seq),
-                                                tcp.th_flags,
-                                                data,
-                                                static_cast<std::size_t>(std::max(length, 0)),
-                                                header.ts};
+    const TcpStreamReassembler::Segment segment{
+        key, ntohl(tcp.th_seq), tcp.th_flags, data, static_cast<std::size_t>(std::max(length, 0)), header.ts};
     tcpStreams->take(segment, [&](const u_char* bytes, std::size_t size) {
         const Framing framing = sip ? frameSip(bytes, size, maxFrameLength - ourHeaderLength) : frameTpkt(bytes, size);
         if (framing.kind == Framing::Kind::Message) {

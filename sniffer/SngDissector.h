@@ -98,6 +98,7 @@ public:
     // break the framing of the recorder's stream; only a damaged capture
     // file yields one, since IPv4 datagrams are shorter.
     static constexpr int maxFrameLength = 0xFFFF;
+    static constexpr u_char tpktVersion = 3;
 
     SngDissector();
     virtual ~SngDissector();

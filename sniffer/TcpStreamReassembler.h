@@ -8,6 +8,7 @@
 #include <sys/time.h>
 #include <sys/types.h>
 #include <tuple>
+#include <unordered_map>
 #include <vector>
 
 struct EngineStats;
@@ -48,6 +49,8 @@ public:
     TcpStreamReassembler(std::size_t totalLimit, EngineStats& stats);
 
     void take(const Segment& segment, const Consumer& consume);
+    // True when the direction is followed: its segments must come to take().
+    bool follows(const Key& key) const { return directions.count(key) != 0; }
 
     std::size_t heldBytes() const { return bytes; }
 
@@ -60,7 +63,14 @@ private:
         int64_t holeSince = 0;
         std::size_t footprint() const;
     };
-    using Directions = std::map<Key, Direction>;
+    struct KeyHash {
+        std::size_t operator()(const Key& key) const {
+            const uint64_t source = uint64_t(std::get<0>(key)) << 16 | std::get<1>(key);
+            const uint64_t destination = uint64_t(std::get<2>(key)) << 16 | std::get<3>(key);
+            return std::hash<uint64_t>()(source * 0x9E3779B97F4A7C15ull ^ destination);
+        }
+    };
+    using Directions = std::unordered_map<Key, Direction, KeyHash>;
 
     Directions::iterator directionFor(const Segment& segment, int64_t now);
     void append(Direction& direction, uint32_t seq, const u_char* data, std::size_t length);

@@ -78,8 +78,8 @@ public:
         udp(micros, src, sport, dst, dport, reinterpret_cast<const uint8_t*>(text.data()), text.size());
     }
     void tcp(long micros, uint32_t src, uint16_t sport, uint32_t dst, uint16_t dport, uint32_t seq,
-             const uint8_t* payload, std::size_t length) {
-        tcp_header_t h{htons(sport), htons(dport), htonl(seq), htonl(1), 5 << 4, 0x18, htons(65535), 0, 0};
+             const uint8_t* payload, std::size_t length, uint8_t flags = 0x18) {
+        tcp_header_t h{htons(sport), htons(dport), htonl(seq), htonl(1), 5 << 4, flags, htons(65535), 0, 0};
         write(micros, IPPROTO_TCP, src, dst, &h, sizeof h, payload, length);
     }
 
@@ -95,6 +95,9 @@ public:
         fragmentNext = fragmentEvery > 0 && ++sipMessages % fragmentEvery == 0;
         if (!sipOverTcp)
             return udp(micros, src, sipPort, dst, sipPort, payload, text.size());
+        const auto known = sipSeq.find({src, dst});
+        if (known == sipSeq.end())  // the connection opens: a SYN, whose number comes before the first byte
+            tcp(micros, src, sipPort, dst, sipPort, 0xFFFFFFFFu, nullptr, 0, 0x02);
         uint32_t& seq = sipSeq[{src, dst}];
         tcp(micros, src, sipPort, dst, sipPort, seq, payload, text.size());
         seq += static_cast<uint32_t>(text.size());
@@ -105,7 +108,8 @@ private:
                std::size_t transportLength, const uint8_t* payload, std::size_t length) {
         uint8_t body[1600];
         std::memcpy(body, transport, transportLength);
-        std::memcpy(body + transportLength, payload, length);
+        if (length > 0)
+            std::memcpy(body + transportLength, payload, length);
         const std::size_t bodyLength = transportLength + length;
         const uint16_t id = static_cast<uint16_t>(frames);
         if (!fragmentNext)
