@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "EngineStats.h"
+#include "FuzzClock.h"
 #include "StreamFraming.h"
 #include "TcpStreamReassembler.h"
 
@@ -40,14 +41,6 @@ std::size_t frame(bool sip, const u_char* data, std::size_t length) {
     return framing.length;
 }
 
-void advance(timeval& time, int step) {
-    time.tv_sec += step / 10;
-    time.tv_usec += step % 10 * 100000;
-    if (time.tv_usec >= 1000000) {
-        time.tv_usec -= 1000000;
-        ++time.tv_sec;
-    }
-}
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -59,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         const uint8_t direction = data[at] & 3;
         const uint32_t seq = uint32_t(data[at + 1]) << 24 | data[at + 2] << 16 | data[at + 3] << 8 | data[at + 4];
         const uint8_t flags = data[at + 5];
-        advance(time, data[at + 6]);
+        advanceTenths(time, data[at + 6]);
         const std::size_t length =
             std::min<std::size_t>(data[at + 7] << 8 | data[at + 8], size - at - recordHeader);
         const std::vector<u_char> payload(data + at + recordHeader, data + at + recordHeader + length);
