@@ -1,6 +1,7 @@
 #include "EngineOptions.h"
 
 #include <arpa/inet.h>
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <sstream>
@@ -82,6 +83,22 @@ std::string showReassembleIp(const EngineOptions& options) {
     return yesNo(options.reassembleIp);
 }
 
+bool parseSipOverTcp(const std::string& value, EngineOptions& options) {
+    return parseYesNo(value, options.sipOverTcp);
+}
+
+std::string showSipOverTcp(const EngineOptions& options) {
+    return yesNo(options.sipOverTcp);
+}
+
+bool parseReassembleH323(const std::string& value, EngineOptions& options) {
+    return parseYesNo(value, options.reassembleH323);
+}
+
+std::string showReassembleH323(const EngineOptions& options) {
+    return yesNo(options.reassembleH323);
+}
+
 bool parseNumber(const std::string& text, long min, long max, int& out) {
     if (text.empty())
         return false;
@@ -109,23 +126,56 @@ std::string showHepCollector(const EngineOptions& options) {
     return options.hepCollector;
 }
 
-// "IP[,IP...]", blanks around an address allowed.
-bool parseCommandSource(const std::string& value, EngineOptions& options) {
-    std::vector<uint32_t> addresses;
+// "ITEM[,ITEM...]", blanks around an item allowed; false when the list is
+// empty, ends with a comma or `parseItem` refuses an item.
+template <typename T>
+bool parseList(const std::string& value, bool (*parseItem)(const std::string&, T&), std::vector<T>& out) {
+    std::vector<T> items;
     std::istringstream list(value);
     std::string item;
     while (std::getline(list, item, ',')) {
         const std::size_t first = item.find_first_not_of(" \t");
         const std::size_t last = item.find_last_not_of(" \t");
-        in_addr address{};
-        if (first == std::string::npos || inet_pton(AF_INET, item.substr(first, last - first + 1).c_str(), &address) != 1)
+        T parsed{};
+        if (first == std::string::npos || !parseItem(item.substr(first, last - first + 1), parsed))
             return false;
-        addresses.push_back(ntohl(address.s_addr));
+        items.push_back(parsed);
     }
-    if (addresses.empty() || value.back() == ',')
+    if (items.empty() || value.back() == ',')
         return false;
-    options.commandSources = addresses;
+    out = items;
     return true;
+}
+
+bool parseAddress(const std::string& text, uint32_t& out) {
+    in_addr address{};
+    if (inet_pton(AF_INET, text.c_str(), &address) != 1)
+        return false;
+    out = ntohl(address.s_addr);
+    return true;
+}
+
+bool parsePort(const std::string& text, uint16_t& out) {
+    int port = 0;
+    if (!parseNumber(text, 1, 65535, port))
+        return false;
+    out = static_cast<uint16_t>(port);
+    return true;
+}
+
+bool parseCommandSource(const std::string& value, EngineOptions& options) {
+    return parseList(value, parseAddress, options.commandSources);
+}
+
+bool parseSipTcpPorts(const std::string& value, EngineOptions& options) {
+    return parseList(value, parsePort, options.sipTcpPorts);
+}
+
+std::string showSipTcpPorts(const EngineOptions& options) {
+    std::string text;
+    for (const uint16_t port : options.sipTcpPorts)
+        text += (text.empty() ? "" : ",") + std::to_string(port);
+    return text;
 }
 
 std::string showCommandSource(const EngineOptions& options) {
@@ -166,6 +216,9 @@ const ChoiceKey choiceKeys[] = {
     {"Decapsulate", parseDecapsulate, showDecapsulate, documentedWords},
     {"CommandSource", parseCommandSource, showCommandSource, "IPv4 addresses separated by commas, as 192.0.2.7,192.0.2.8"},
     {"ReassembleIp", parseReassembleIp, showReassembleIp, documentedWords},
+    {"SipOverTcp", parseSipOverTcp, showSipOverTcp, documentedWords},
+    {"SipTcpPorts", parseSipTcpPorts, showSipTcpPorts, "ports from 1 to 65535 separated by commas, as 5060,5080"},
+    {"ReassembleH323", parseReassembleH323, showReassembleH323, documentedWords},
     {"HepCollector", parseHepCollector, showHepCollector, "an IPv4 address and a port, as 192.0.2.7:9060"},
     {"HepTransport", parseHepTransport, showHepTransport, documentedWords},
     {"HepPassword", parseHepPassword, showHepPassword, documentedWords},
@@ -200,6 +253,10 @@ bool EngineOptions::load(const Lookup& lookup) {
 std::string EngineOptions::fromEnvironment(const std::string& key) {
     const char* value = std::getenv((environmentPrefix + key).c_str());
     return value ? value : "";
+}
+
+bool EngineOptions::isSipTcpPort(uint16_t port) const {
+    return std::find(sipTcpPorts.begin(), sipTcpPorts.end(), port) != sipTcpPorts.end();
 }
 
 std::string EngineOptions::describeChanges() const {

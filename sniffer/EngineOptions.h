@@ -36,6 +36,9 @@ public:
     bool decapsulate = false;  // read IPv4 under tag stacks, labels and tunnels
     bool reassembleIp = false;  // put fragmented IPv4 datagrams together before classifying them
     int reassemblyLimitMiB = 16;
+    bool sipOverTcp = false;                    // TCP on sipTcpPorts carries SIP, framed by Content-Length
+    std::vector<uint16_t> sipTcpPorts{5060};
+    bool reassembleH323 = false;                // H.323 TPKT messages taken from the reassembled TCP stream
 
     // UDP link: the addresses commands are taken from (host byte order);
     // empty: every sender, which also takes the frames over.
@@ -65,6 +68,8 @@ public:
     std::size_t queueLimitBytes() const { return std::size_t(queueLimitMiB) << 20; }
     std::size_t preRollLimitBytes() const { return std::size_t(preRollLimitMiB) << 20; }
     std::size_t reassemblyLimitBytes() const { return std::size_t(reassemblyLimitMiB) << 20; }
+    bool isSipTcpPort(uint16_t port) const;
+    bool reassemblesTcp() const { return sipOverTcp || reassembleH323; }
 
     // "Key=value" for every key not at its default, comma-separated; empty
     // when all are at their defaults.

@@ -29,6 +29,12 @@ struct EngineStats {
     Counter reassemblyDropped{0};    // oldest datagrams let go at the reassembly limit
     Counter reassemblyOversized{0};  // fragments that would have made a datagram longer than IPv4 allows
     Counter reassemblyBytes{0};      // held now: a level, not a tally
+    Counter tcpStreams{0};           // directions of TCP connections followed
+    Counter tcpHolesSkipped{0};      // holes in a direction given up, and the bytes before them
+    Counter tcpStreamsDropped{0};    // directions let go at the memory limit
+    Counter tcpStreamBytes{0};       // held now: a level
+    Counter sipOverTcp{0};           // whole SIP messages framed from TCP
+    Counter tpktMessages{0};         // whole TPKT messages framed from TCP
 
     static void add(Counter& counter, uint64_t n = 1) { counter.fetch_add(n, std::memory_order_relaxed); }
     static uint64_t read(const Counter& counter) { return counter.load(std::memory_order_relaxed); }

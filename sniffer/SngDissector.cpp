@@ -14,6 +14,8 @@
 #include "H323Parser.h"
 #include "HepExporter.h"
 #include "IpReassembler.h"
+#include "StreamFraming.h"
+#include "TcpStreamReassembler.h"
 #include "ReliableConnection.h"
 #include "SipHelper.h"
 #include "Sniffer.h"
@@ -55,6 +57,7 @@ SngDissector::SngDissector() {
 SngDissector::~SngDissector() {
     delete hep;
     delete reassembler;
+    delete tcpStreams;
     releaseConnections();
     removeAllRtp();
     clearQueue();
@@ -79,6 +82,8 @@ void SngDissector::useOptions(const EngineOptions& engineOptions) {
     hep = options.exportsHep() ? new HepExporter(options, stats) : nullptr;
     delete reassembler;
     reassembler = options.reassembleIp ? new IpReassembler(options.reassemblyLimitBytes(), stats) : nullptr;
+    delete tcpStreams;
+    tcpStreams = options.reassemblesTcp() ? new TcpStreamReassembler(options.reassemblyLimitBytes(), stats) : nullptr;
 }
 
 void SngDissector::setTraceSignalling(bool trace) {
@@ -257,12 +262,42 @@ void SngDissector::processTcp(u_char* packet, const pcap_pkthdr* header, int siz
     }
     ohdr.srcPort = ntohs(tcp->th_sport);
     ohdr.dstPort = ntohs(tcp->th_dport);
+    if (tcpStreams && takeStream(*header, *tcp, packet + size_header + tcpHeaderLength,
+                                 static_cast<int>(header->caplen) - size_header - tcpHeaderLength))
+        return;
 
     const int length = frameLength - size_header - tcpHeaderLength + ourHeaderLength;
     if (length <= ourHeaderLength || length > maxFrameLength)
         return;
     ohdr.len = htons(static_cast<uint16_t>(length));
     buildPayload(packet + size_header + tcpHeaderLength - ourHeaderLength, length, false, nullptr);
+}
+
+// With SipOverTcp or ReassembleH323, a segment of a SIP port's stream, or
+// of an H.323 one, goes to the stream's messages instead of being described
+// alone. True when it went. An H.323 stream is followed from its first
+// segment that starts like a TPKT message: other TCP keeps the classic path,
+// which describes nothing of it, without costing memory.
+bool SngDissector::takeStream(const pcap_pkthdr& header, const sniff_tcp& tcp, const u_char* data, int length) {
+    const bool sip = options.sipOverTcp && (options.isSipTcpPort(ohdr.srcPort) || options.isSipTcpPort(ohdr.dstPort));
+    if (!sip && !options.reassembleH323)
+        return false;
+    const TcpStreamReassembler::Key key{ohdr.srcIp, ohdr.srcPort, ohdr.dstIp, ohdr.dstPort};
+    if (!sip && !tcpStreams->follows(key) && !(length > 0 && data[0] == tpktVersion))
+        return false;
+    const our_header addresses = ohdr;
+    const TcpStreamReassembler::Segment segment{
+        key, ntohl(tcp.th_seq), tcp.th_flags, data, static_cast<std::size_t>(std::max(length, 0)), header.ts};
+    tcpStreams->take(segment, [&](const u_char* bytes, std::size_t size) {
+        const Framing framing = sip ? frameSip(bytes, size, maxFrameLength - ourHeaderLength) : frameTpkt(bytes, size);
+        if (framing.kind == Framing::Kind::Message) {
+            EngineStats::add(sip ? stats.sipOverTcp : stats.tpktMessages);
+            ohdr = addresses;
+            forwardCopy(bytes, framing.length, sip ? SIP : H323);
+        }
+        return framing.length;
+    });
+    return true;
 }
 
 bool SngDissector::isSip(const u_char* payload) {
@@ -299,17 +334,25 @@ void SngDissector::holdForPreRoll(const u_char* payload, int length) {
 
 // Framed exactly as a listed datagram would have been when it was captured.
 void SngDissector::forwardHeld(const PreRollBuffer::Datagram& datagram) {
-    const int length = static_cast<int>(datagram.payload.size()) + ourHeaderLength;
-    heldFrame.resize(length);
-    std::memcpy(heldFrame.data() + ourHeaderLength, datagram.payload.data(), datagram.payload.size());
     ohdr.dstIp = datagram.dstIp;
     ohdr.dstPort = datagram.dstPort;
     ohdr.srcIp = datagram.srcIp;
     ohdr.srcPort = datagram.srcPort;
-    ohdr.protocol = RTP;
+    forwardCopy(datagram.payload.data(), datagram.payload.size(), RTP);
+}
+
+// A copy of `payload`, with the addresses and ports in ohdr (host order),
+// framed as a captured datagram of `protocol` would be; H.323 is described
+// first, as a captured segment is.
+void SngDissector::forwardCopy(const u_char* payload, std::size_t size, int protocol) {
+    const int length = static_cast<int>(size) + ourHeaderLength;
+    heldFrame.assign(length + PacketQueue::framePadding, 0);
+    std::memcpy(heldFrame.data() + ourHeaderLength, payload, size);
+    ohdr.protocol = static_cast<u_char>(protocol);
     ohdr.len = htons(static_cast<uint16_t>(length));
-    payloadType.store(RTP, std::memory_order_relaxed);
-    buildPayload(heldFrame.data(), length, true, nullptr);
+    if (protocol != H323)
+        payloadType.store(protocol, std::memory_order_relaxed);
+    buildPayload(heldFrame.data(), length, protocol != H323, nullptr);
 }
 
 // ---------------------------------------------------------------- RTP list

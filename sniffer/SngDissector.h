@@ -23,6 +23,7 @@ class H323Parser;
 class BaseConnection;
 class HepExporter;
 class IpReassembler;
+class TcpStreamReassembler;
 class ReliableConnection;
 
 // A captured frame handed over by a caller that made its own copies: the
@@ -97,6 +98,7 @@ public:
     // break the framing of the recorder's stream; only a damaged capture
     // file yields one, since IPv4 datagrams are shorter.
     static constexpr int maxFrameLength = 0xFFFF;
+    static constexpr u_char tpktVersion = 3;
 
     SngDissector();
     virtual ~SngDissector();
@@ -179,6 +181,8 @@ private:
     void exportSip(const pcap_pkthdr& header, const sniff_udp& udp, const u_char* payload, int length);
     void holdForPreRoll(const u_char* payload, int length);
     void forwardHeld(const PreRollBuffer::Datagram& datagram);
+    void forwardCopy(const u_char* payload, std::size_t size, int protocol);
+    bool takeStream(const pcap_pkthdr& header, const sniff_tcp& tcp, const u_char* data, int length);
     // True when the reassembler took the packet: held, or classified whole.
     bool reassemble(const pcap_pkthdr& header, const u_char* ip, int length);
     static bool sameRecorder(const char* hostA, int portA, const char* hostB, int portB);
@@ -224,6 +228,7 @@ private:
     std::vector<u_char> heldFrame;  // the consumer's scratch for a held datagram
     HepExporter* hep = nullptr;     // a copy of each SIP message for a HEP collector
     IpReassembler* reassembler = nullptr;
+    TcpStreamReassembler* tcpStreams = nullptr;  // SipOverTcp or ReassembleH323
 
     static std::atomic<SngDissector*> dissector;
     static pthread_t cmdThread;

@@ -442,6 +442,10 @@ std::string Sniffer::describeStats() const {
         line << "; reassembly held=" << n(s.reassemblyHeld) << " reassembled=" << n(s.reassembled)
              << " timedOut=" << n(s.reassemblyTimedOut) << " dropped=" << n(s.reassemblyDropped)
              << " oversized=" << n(s.reassemblyOversized) << " heldBytes=" << n(s.reassemblyBytes);
+    if (options.reassemblesTcp())
+        line << "; tcp streams=" << n(s.tcpStreams) << " sip=" << n(s.sipOverTcp) << " tpkt=" << n(s.tpktMessages)
+             << " holesSkipped=" << n(s.tcpHolesSkipped) << " dropped=" << n(s.tcpStreamsDropped)
+             << " heldBytes=" << n(s.tcpStreamBytes);
     return line.str();
 }
 

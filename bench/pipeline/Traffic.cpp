@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <cstring>
+#include <map>
 #include <netinet/in.h>
 #include <pcap.h>
 #include <string>
@@ -77,22 +78,58 @@ public:
         udp(micros, src, sport, dst, dport, reinterpret_cast<const uint8_t*>(text.data()), text.size());
     }
     void tcp(long micros, uint32_t src, uint16_t sport, uint32_t dst, uint16_t dport, uint32_t seq,
-             const uint8_t* payload, std::size_t length) {
-        tcp_header_t h{htons(sport), htons(dport), htonl(seq), htonl(1), 5 << 4, 0x18, htons(65535), 0, 0};
+             const uint8_t* payload, std::size_t length, uint8_t flags = 0x18) {
+        tcp_header_t h{htons(sport), htons(dport), htonl(seq), htonl(1), 5 << 4, flags, htons(65535), 0, 0};
         write(micros, IPPROTO_TCP, src, dst, &h, sizeof h, payload, length);
+    }
+
+    // SIP between two phones, port 5060 on both: over UDP, or (overTcp) as
+    // segments of one connection per direction; every `fragmentEvery`-th
+    // message (0: none) goes in two IPv4 fragments.
+    void useSipTransport(bool tcp, int every) {
+        sipOverTcp = tcp;
+        fragmentEvery = every;
+    }
+    void sip(long micros, uint32_t src, uint32_t dst, const std::string& text) {
+        const auto* payload = reinterpret_cast<const uint8_t*>(text.data());
+        fragmentNext = fragmentEvery > 0 && ++sipMessages % fragmentEvery == 0;
+        if (!sipOverTcp)
+            return udp(micros, src, sipPort, dst, sipPort, payload, text.size());
+        const auto known = sipSeq.find({src, dst});
+        if (known == sipSeq.end())  // the connection opens: a SYN, whose number comes before the first byte
+            tcp(micros, src, sipPort, dst, sipPort, 0xFFFFFFFFu, nullptr, 0, 0x02);
+        uint32_t& seq = sipSeq[{src, dst}];
+        tcp(micros, src, sipPort, dst, sipPort, seq, payload, text.size());
+        seq += static_cast<uint32_t>(text.size());
     }
 
 private:
     void write(long micros, uint8_t protocol, uint32_t src, uint32_t dst, const void* transport,
                std::size_t transportLength, const uint8_t* payload, std::size_t length) {
+        uint8_t body[1600];
+        std::memcpy(body, transport, transportLength);
+        if (length > 0)
+            std::memcpy(body + transportLength, payload, length);
+        const std::size_t bodyLength = transportLength + length;
+        const uint16_t id = static_cast<uint16_t>(frames);
+        if (!fragmentNext)
+            return emit(micros, protocol, src, dst, id, 0, body, bodyLength);
+        fragmentNext = false;
+        const std::size_t first = bodyLength / 2 & ~std::size_t(7);
+        emit(micros, protocol, src, dst, id, 0x2000, body, first);
+        emit(micros, protocol, src, dst, id, static_cast<uint16_t>(first / 8), body + first, bodyLength - first);
+    }
+
+    void emit(long micros, uint8_t protocol, uint32_t src, uint32_t dst, uint16_t id, uint16_t fragment,
+              const uint8_t* body, std::size_t length) {
         uint8_t frame[1600];
         ether_header_t eth{{0x02, 0, 0, 0, 0, 0x02}, {0x02, 0, 0, 0, 0, 0x01}, {0x08, 0x00}};
-        ip_header_t ip{0x45, 0,  htons(static_cast<uint16_t>(sizeof ip + transportLength + length)),
-                       htons(static_cast<uint16_t>(frames)), 0, 64, protocol, 0, htonl(src), htonl(dst)};
+        ip_header_t ip{0x45, 0,  htons(static_cast<uint16_t>(sizeof ip + length)),
+                       htons(id), htons(fragment), 64, protocol, 0, htonl(src), htonl(dst)};
         ip.ip_sum = ipChecksum(ip);
         uint8_t* at = frame;
         for (auto [part, size] : {std::pair<const void*, std::size_t>{&eth, sizeof eth}, {&ip, sizeof ip},
-                                  {transport, transportLength}, {payload, length}}) {
+                                  {body, length}}) {
             std::memcpy(at, part, size);
             at += size;
         }
@@ -107,6 +144,11 @@ private:
     pcap_t* dead;
     pcap_dumper_t* dumper;
     long frames = 0;
+    bool sipOverTcp = false;
+    int fragmentEvery = 0;
+    long sipMessages = 0;
+    bool fragmentNext = false;
+    std::map<std::pair<uint32_t, uint32_t>, uint32_t> sipSeq;  // next sequence number by (source, destination)
 };
 
 std::string sdp(uint32_t ip, uint16_t port) {
@@ -145,13 +187,11 @@ void writeCallSetup(FrameWriter& out, int call, long micros) {
     const std::string uri = "sip:" + std::to_string(5000 + call) + "@" + d.callee;
     const Destination toCaller = rtpDestination(call, 1);
     const Destination toCallee = rtpDestination(call, 0);
-    out.udp(micros, a, sipPort, b, sipPort, sipHeaders(d, "INVITE " + uri + " SIP/2.0", "1 INVITE",
-                                                       sdp(toCaller.ip, toCaller.port)));
-    out.udp(micros + 1000, b, sipPort, a, sipPort, sipHeaders(d, "SIP/2.0 100 Trying", "1 INVITE", ""));
-    out.udp(micros + 2000, b, sipPort, a, sipPort, sipHeaders(d, "SIP/2.0 180 Ringing", "1 INVITE", ""));
-    out.udp(micros + 3000, b, sipPort, a, sipPort,
-            sipHeaders(d, "SIP/2.0 200 OK", "1 INVITE", sdp(toCallee.ip, toCallee.port)));
-    out.udp(micros + 4000, a, sipPort, b, sipPort, sipHeaders(d, "ACK " + uri + " SIP/2.0", "1 ACK", ""));
+    out.sip(micros, a, b, sipHeaders(d, "INVITE " + uri + " SIP/2.0", "1 INVITE", sdp(toCaller.ip, toCaller.port)));
+    out.sip(micros + 1000, b, a, sipHeaders(d, "SIP/2.0 100 Trying", "1 INVITE", ""));
+    out.sip(micros + 2000, b, a, sipHeaders(d, "SIP/2.0 180 Ringing", "1 INVITE", ""));
+    out.sip(micros + 3000, b, a, sipHeaders(d, "SIP/2.0 200 OK", "1 INVITE", sdp(toCallee.ip, toCallee.port)));
+    out.sip(micros + 4000, a, b, sipHeaders(d, "ACK " + uri + " SIP/2.0", "1 ACK", ""));
 }
 
 // Spreads `perTick` events (fractional) over ticks without drift.
@@ -232,8 +272,7 @@ void writeEvent(FrameWriter& out, const Event& e, long tick, Lcg& random) {
     case Kind::Sip: {
         const Dialog d = dialog(e.index);
         const std::string uri = "sip:" + std::to_string(5000 + e.index) + "@" + d.callee;
-        out.udp(e.micros, phone(0, e.index), sipPort, phone(1, e.index), sipPort,
-                sipHeaders(d, "OPTIONS " + uri + " SIP/2.0", "2 OPTIONS", ""));
+        out.sip(e.micros, phone(0, e.index), phone(1, e.index), sipHeaders(d, "OPTIONS " + uri + " SIP/2.0", "2 OPTIONS", ""));
         break;
     }
     case Kind::UdpNoise: {
@@ -376,6 +415,7 @@ long writeCapture(const TrafficPlan& plan, const std::string& path) {
     FrameWriter out(path);
     if (!out.ok())
         return 0;
+    out.useSipTransport(plan.sipOverTcp, plan.sipFragmentEvery);
     if (!plan.staggered)
         writeAllSetups(out, plan);
     const double ticksPerSecond = 1e6 / tickMicros;

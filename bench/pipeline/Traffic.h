@@ -24,6 +24,10 @@ struct TrafficPlan {
     // their media 20 ms after the answer, as real phones send it, instead
     // of all being set up at its head.
     bool staggered = false;
+    // SIP over TCP, one connection per direction, instead of UDP; and every
+    // n-th SIP message in two IPv4 fragments (0: none).
+    bool sipOverTcp = false;
+    int sipFragmentEvery = 0;
 };
 
 struct Destination {

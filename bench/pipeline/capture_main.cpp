@@ -1,8 +1,9 @@
 // bench_capture: writes the synthetic capture the benchmarks replay.
-//   bench_capture [-c calls] [-s seconds] [-H h323-share] [-S] OUT.pcap [SETUP.pcap]
+//   bench_capture [-c calls] [-s seconds] [-H h323-share] [-S] [-T] [-F n] OUT.pcap [SETUP.pcap]
 // SETUP.pcap, when named, receives the calls' SIP set-up alone; `-H 0.01`
 // makes 1% of the packets H.323 call signalling; `-S` starts the calls one
-// after the other, each with its media right after its answer.
+// after the other, each with its media right after its answer; `-T` sends
+// SIP over TCP, `-F 10` every tenth SIP message in two IPv4 fragments.
 #include <cstdio>
 #include <cstdlib>
 #include <unistd.h>
@@ -12,7 +13,7 @@
 int main(int argc, char** argv) {
     TrafficPlan plan;
     int c;
-    while ((c = getopt(argc, argv, "c:s:H:S")) != -1) {
+    while ((c = getopt(argc, argv, "c:s:H:STF:")) != -1) {
         switch (c) {
         case 'c':
             plan.calls = std::atoi(optarg);
@@ -26,8 +27,14 @@ int main(int argc, char** argv) {
         case 'S':
             plan.staggered = true;
             break;
+        case 'T':
+            plan.sipOverTcp = true;
+            break;
+        case 'F':
+            plan.sipFragmentEvery = std::atoi(optarg);
+            break;
         default:
-            std::fprintf(stderr, "usage: %s [-c calls] [-s seconds] [-H h323-share] [-S] OUT.pcap [SETUP.pcap]\n", argv[0]);
+            std::fprintf(stderr, "usage: %s [-c calls] [-s seconds] [-H h323-share] [-S] [-T] [-F n] OUT.pcap [SETUP.pcap]\n", argv[0]);
             return 2;
         }
     }

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "EngineStats.h"
+#include "FuzzClock.h"
 #include "IpReassembler.h"
 
 namespace {
@@ -38,13 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::size_t at = 0;
     while (at + 3 <= size) {
         const std::size_t length = std::min<std::size_t>(data[at] << 8 | data[at + 1], size - at - 3);
-        const int step = data[at + 2];
-        time.tv_sec += step / 10;
-        time.tv_usec += step % 10 * 100000;
-        if (time.tv_usec >= 1000000) {
-            time.tv_usec -= 1000000;
-            ++time.tv_sec;
-        }
+        advanceTenths(time, data[at + 2]);
         const std::vector<u_char> packet(data + at + 3, data + at + 3 + length);
         at += 3 + length;
         if (reassembler.take(packet.data(), int(packet.size()), time) == IpReassembler::Outcome::Complete)

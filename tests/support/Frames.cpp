@@ -80,10 +80,10 @@ Bytes tcpFrame(Endpoint src, Endpoint dst, const Bytes& payload, const FrameOpti
     Bytes tcp;
     put16(tcp, src.port);
     put16(tcp, dst.port);
-    put32(tcp, 1000);
+    put32(tcp, options.tcpSeq);
     put32(tcp, 2000);
     tcp.push_back(uint8_t(options.tcpDataOffset << 4));
-    tcp.push_back(0x18);  // PSH, ACK
+    tcp.push_back(options.tcpFlags);
     put16(tcp, 65535);
     put16(tcp, 0);
     put16(tcp, 0);

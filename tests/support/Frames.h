@@ -20,6 +20,8 @@ struct FrameOptions {
     uint16_t etherType = etherTypeIpv4;  // 0x8100: one tag; 0x88A8: outer and inner tag
     int ipOptionWords = 0;               // 32-bit words of IP options (NOPs)
     int tcpDataOffset = 5;               // TCP header length in 32-bit words
+    uint32_t tcpSeq = 1000;
+    uint8_t tcpFlags = 0x18;             // PSH, ACK
 };
 
 Bytes udpFrame(Endpoint src, Endpoint dst, const Bytes& payload, const FrameOptions& options = {});
