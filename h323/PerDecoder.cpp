@@ -251,7 +251,7 @@ private:
         bool outside = false;
         if (t.extensible && !reader_.readBit(outside)) return false;
         uint64_t octets;
-        int64_t v;
+        int64_t v = 0;
         if (!outside && r.hasLower() && r.hasUpper()) {
             uint64_t offset;
             if (!readConstrainedWhole(spanOf(r), offset)) return false;
@@ -364,7 +364,7 @@ private:
         if (t.extensible && !reader_.readBit(extended)) return false;
         uint64_t presence = 0;
         if (t.optionalCount > 64 || !reader_.read(t.optionalCount, presence)) return false;
-        uint32_t first;
+        uint32_t first = 0;
         if (!allocate(t.count, first)) return false;
         node(at).first = first;
         node(at).length = t.count;
@@ -392,7 +392,7 @@ private:
             size_t offset, length;
             if (!readOctets(offset, length)) return false;
             uint64_t index = t.rootCount + i;
-            uint32_t slot;
+            uint32_t slot = 0;
             if (index < t.count) {
                 slot = node(at).first + uint32_t(index);
                 if (!decodeOpen(*t.components[index].type, slot, offset, length))
@@ -423,7 +423,7 @@ private:
     bool decodeChoice(const Type& t, uint32_t at) {
         bool extended = false;
         if (t.extensible && !reader_.readBit(extended)) return false;
-        uint32_t child;
+        uint32_t child = 0;
         if (!allocate(1, child)) return false;
         node(at).first = child;
         uint64_t index;
@@ -449,7 +449,7 @@ private:
         uint64_t n;
         if (!readSize(t, n)) return false;
         if (n > Decoder::kMaxListElements) return fail(DecodeStatus::TooLarge);
-        uint32_t first;
+        uint32_t first = 0;
         if (!allocate(uint32_t(n), first)) return false;
         node(at).first = first;
         node(at).length = uint32_t(n);
