@@ -59,7 +59,8 @@ const Type TransportAddress_ipAddress = sequence("ipAddress", TransportAddress_i
 
 const Type TransportAddress_ipSourceRoute_route = sequenceOf(Octets4);
 const Component TransportAddress_ipSourceRoute_routing_[] = {{"strict", Null}, {"loose", Null}};
-const Type TransportAddress_ipSourceRoute_routing = choice("routing", TransportAddress_ipSourceRoute_routing_, Extensible);
+const Type TransportAddress_ipSourceRoute_routing =
+    choice("routing", TransportAddress_ipSourceRoute_routing_, Extensible);
 const Component TransportAddress_ipSourceRoute_[] = {
     {"ip", Octets4},
     {"port", Int0_65535},
@@ -210,25 +211,28 @@ const Type Tbcd15_16 = ia5String(size(15, 16), kTbcd);
 // PublicTypeOfNumber ::= CHOICE { unknown, internationalNumber, nationalNumber,
 //   networkSpecificNumber, subscriberNumber, abbreviatedNumber NULL, ... }
 const Component PublicTypeOfNumber_[] = {
-    {"unknown", Null}, {"internationalNumber", Null}, {"nationalNumber", Null},
-    {"networkSpecificNumber", Null}, {"subscriberNumber", Null}, {"abbreviatedNumber", Null},
+    {"unknown", Null},          {"internationalNumber", Null},
+    {"nationalNumber", Null},   {"networkSpecificNumber", Null},
+    {"subscriberNumber", Null}, {"abbreviatedNumber", Null},
 };
 const Type PublicTypeOfNumber = choice("PublicTypeOfNumber", PublicTypeOfNumber_, Extensible);
 
 // PrivateTypeOfNumber ::= CHOICE { unknown, level2RegionalNumber, level1RegionalNumber,
 //   pISNSpecificNumber, localNumber, abbreviatedNumber NULL, ... }
 const Component PrivateTypeOfNumber_[] = {
-    {"unknown", Null}, {"level2RegionalNumber", Null}, {"level1RegionalNumber", Null},
-    {"pISNSpecificNumber", Null}, {"localNumber", Null}, {"abbreviatedNumber", Null},
+    {"unknown", Null},     {"level2RegionalNumber", Null}, {"level1RegionalNumber", Null}, {"pISNSpecificNumber", Null},
+    {"localNumber", Null}, {"abbreviatedNumber", Null},
 };
 const Type PrivateTypeOfNumber = choice("PrivateTypeOfNumber", PrivateTypeOfNumber_, Extensible);
 
 // PublicPartyNumber ::= SEQUENCE { publicTypeOfNumber PublicTypeOfNumber, publicNumberDigits NumberDigits }
-const Component PublicPartyNumber_[] = {{"publicTypeOfNumber", PublicTypeOfNumber}, {"publicNumberDigits", NumberDigits}};
+const Component PublicPartyNumber_[] = {{"publicTypeOfNumber", PublicTypeOfNumber},
+                                        {"publicNumberDigits", NumberDigits}};
 const Type PublicPartyNumber = sequence("PublicPartyNumber", PublicPartyNumber_);
 
 // PrivatePartyNumber ::= SEQUENCE { privateTypeOfNumber PrivateTypeOfNumber, privateNumberDigits NumberDigits }
-const Component PrivatePartyNumber_[] = {{"privateTypeOfNumber", PrivateTypeOfNumber}, {"privateNumberDigits", NumberDigits}};
+const Component PrivatePartyNumber_[] = {{"privateTypeOfNumber", PrivateTypeOfNumber},
+                                         {"privateNumberDigits", NumberDigits}};
 const Type PrivatePartyNumber = sequence("PrivatePartyNumber", PrivatePartyNumber_);
 
 // PartyNumber ::= CHOICE { e164Number PublicPartyNumber, dataPartyNumber NumberDigits,
@@ -271,12 +275,8 @@ const Type ANSI_41_UIM = sequence("ANSI-41-UIM", ANSI_41_UIM_, Extensible);
 //   hplmn, vplmn TBCD-STRING(SIZE(1..4)) OPTIONAL, ... }
 const Type GSM_UIM_tmsi = octetString(size(1, 4));
 const Component GSM_UIM_[] = {
-    {"imsi", Tbcd3_16, Optional},
-    {"tmsi", GSM_UIM_tmsi, Optional},
-    {"msisdn", Tbcd3_16, Optional},
-    {"imei", Tbcd15_16, Optional},
-    {"hplmn", Tbcd1_4, Optional},
-    {"vplmn", Tbcd1_4, Optional},
+    {"imsi", Tbcd3_16, Optional},  {"tmsi", GSM_UIM_tmsi, Optional}, {"msisdn", Tbcd3_16, Optional},
+    {"imei", Tbcd15_16, Optional}, {"hplmn", Tbcd1_4, Optional},     {"vplmn", Tbcd1_4, Optional},
 };
 const Type GSM_UIM = sequence("GSM-UIM", GSM_UIM_, Extensible);
 
@@ -293,14 +293,10 @@ const Type MobileUIM = choice("MobileUIM", MobileUIM_, Extensible);
 const Type AliasAddress_h323_ID = bmpString(size(1, 256));
 const Type Ia5String1_512 = ia5String(size(1, 512));
 const Component AliasAddress_[] = {
-    {"dialedDigits", NumberDigits},
-    {"h323_ID", AliasAddress_h323_ID},
-    {"url_ID", Ia5String1_512, Addition},
-    {"transportID", TransportAddress, Addition},
-    {"email_ID", Ia5String1_512, Addition},
-    {"partyNumber", PartyNumber, Addition},
-    {"mobileUIM", MobileUIM, Addition},
-    {"isupNumber", OpenType, Addition},
+    {"dialedDigits", NumberDigits},         {"h323_ID", AliasAddress_h323_ID},
+    {"url_ID", Ia5String1_512, Addition},   {"transportID", TransportAddress, Addition},
+    {"email_ID", Ia5String1_512, Addition}, {"partyNumber", PartyNumber, Addition},
+    {"mobileUIM", MobileUIM, Addition},     {"isupNumber", OpenType, Addition},
 };
 const Type AliasAddress = choice("AliasAddress", AliasAddress_, Extensible);
 const Type AliasAddresses = sequenceOf(AliasAddress);
@@ -311,7 +307,8 @@ const Type AliasAddresses = sequenceOf(AliasAddress);
 //   cryptoEPPwdEncr ENCRYPTED{...}, cryptoGKPwdEncr ENCRYPTED{...},
 //   cryptoEPCert SIGNED{...}, cryptoGKCert SIGNED{...}, cryptoFastStart SIGNED{...},
 //   nestedcryptoToken CryptoToken, ... }
-const Component CryptoH323Token_cryptoEPPwdHash_[] = {{"alias", AliasAddress}, {"timeStamp", TimeStamp}, {"token", HASHED}};
+const Component CryptoH323Token_cryptoEPPwdHash_[] = {
+    {"alias", AliasAddress}, {"timeStamp", TimeStamp}, {"token", HASHED}};
 const Type CryptoH323Token_cryptoEPPwdHash = sequence("cryptoEPPwdHash", CryptoH323Token_cryptoEPPwdHash_);
 const Component CryptoH323Token_cryptoGKPwdHash_[] = {
     {"gatekeeperId", GatekeeperIdentifier},
@@ -466,15 +463,19 @@ const Type H245Security = choice("H245Security", H245Security_, Extensible);
 
 // PresentationIndicator ::= CHOICE { presentationAllowed, presentationRestricted, addressNotAvailable NULL, ... }
 const Component PresentationIndicator_[] = {
-    {"presentationAllowed", Null}, {"presentationRestricted", Null}, {"addressNotAvailable", Null},
+    {"presentationAllowed", Null},
+    {"presentationRestricted", Null},
+    {"addressNotAvailable", Null},
 };
 const Type PresentationIndicator = choice("PresentationIndicator", PresentationIndicator_, Extensible);
 
 // ScreeningIndicator ::= ENUMERATED { userProvidedNotScreened(0), userProvidedVerifiedAndPassed(1),
 //   userProvidedVerifiedAndFailed(2), networkProvided(3), ... }
 const Component ScreeningIndicator_[] = {
-    Component("userProvidedNotScreened"), Component("userProvidedVerifiedAndPassed"),
-    Component("userProvidedVerifiedAndFailed"), Component("networkProvided"),
+    Component("userProvidedNotScreened"),
+    Component("userProvidedVerifiedAndPassed"),
+    Component("userProvidedVerifiedAndFailed"),
+    Component("networkProvided"),
 };
 const Type ScreeningIndicator = enumerated("ScreeningIndicator", ScreeningIndicator_, Extensible);
 
@@ -569,18 +570,12 @@ const Type Setup_UUIE = sequence("Setup-UUIE", Setup_UUIE_, Extensible);
 //   fastStart SEQUENCE OF OCTET STRING OPTIONAL, multipleCalls BOOLEAN, maintainConnection BOOLEAN,
 //   fastConnectRefused NULL OPTIONAL, featureSet FeatureSet OPTIONAL }
 const Component CallProceeding_UUIE_[] = {
-    {"protocolIdentifier", ProtocolIdentifier},
-    {"destinationInfo", EndpointType},
-    {"h245Address", TransportAddress, Optional},
-    {"callIdentifier", CallIdentifier, Addition},
-    {"h245SecurityMode", H245Security, Addition},
-    {"tokens", ClearTokens, Addition},
-    {"cryptoTokens", CryptoH323Tokens, Addition},
-    {"fastStart", OctetStrings, Addition},
-    {"multipleCalls", Boolean, Addition},
-    {"maintainConnection", Boolean, Addition},
-    {"fastConnectRefused", Null, Addition},
-    {"featureSet", OpenType, Addition},
+    {"protocolIdentifier", ProtocolIdentifier},   {"destinationInfo", EndpointType},
+    {"h245Address", TransportAddress, Optional},  {"callIdentifier", CallIdentifier, Addition},
+    {"h245SecurityMode", H245Security, Addition}, {"tokens", ClearTokens, Addition},
+    {"cryptoTokens", CryptoH323Tokens, Addition}, {"fastStart", OctetStrings, Addition},
+    {"multipleCalls", Boolean, Addition},         {"maintainConnection", Boolean, Addition},
+    {"fastConnectRefused", Null, Addition},       {"featureSet", OpenType, Addition},
 };
 const Type CallProceeding_UUIE = sequence("CallProceeding-UUIE", CallProceeding_UUIE_, Extensible);
 
@@ -656,12 +651,9 @@ const Type Alerting_UUIE = sequence("Alerting-UUIE", Alerting_UUIE_, Extensible)
 //   cryptoTokens SEQUENCE OF CryptoH323Token OPTIONAL, fastStart SEQUENCE OF OCTET STRING OPTIONAL,
 //   fastConnectRefused NULL OPTIONAL, circuitInfo CircuitInfo OPTIONAL }
 const Component Information_UUIE_[] = {
-    {"protocolIdentifier", ProtocolIdentifier},
-    {"callIdentifier", CallIdentifier, Addition},
-    {"tokens", ClearTokens, Addition},
-    {"cryptoTokens", CryptoH323Tokens, Addition},
-    {"fastStart", OctetStrings, Addition},
-    {"fastConnectRefused", Null, Addition},
+    {"protocolIdentifier", ProtocolIdentifier}, {"callIdentifier", CallIdentifier, Addition},
+    {"tokens", ClearTokens, Addition},          {"cryptoTokens", CryptoH323Tokens, Addition},
+    {"fastStart", OctetStrings, Addition},      {"fastConnectRefused", Null, Addition},
     {"circuitInfo", OpenType, Addition},
 };
 const Type Information_UUIE = sequence("Information-UUIE", Information_UUIE_, Extensible);
@@ -787,16 +779,11 @@ const Type Facility_UUIE = sequence("Facility-UUIE", Facility_UUIE_, Extensible)
 //   fastStart SEQUENCE OF OCTET STRING OPTIONAL, ...,
 //   multipleCalls BOOLEAN, maintainConnection BOOLEAN, fastConnectRefused NULL OPTIONAL }
 const Component Progress_UUIE_[] = {
-    {"protocolIdentifier", ProtocolIdentifier},
-    {"destinationInfo", EndpointType},
-    {"h245Address", TransportAddress, Optional},
-    {"callIdentifier", CallIdentifier},
-    {"h245SecurityMode", H245Security, Optional},
-    {"tokens", ClearTokens, Optional},
-    {"cryptoTokens", CryptoH323Tokens, Optional},
-    {"fastStart", OctetStrings, Optional},
-    {"multipleCalls", Boolean, Addition},
-    {"maintainConnection", Boolean, Addition},
+    {"protocolIdentifier", ProtocolIdentifier},   {"destinationInfo", EndpointType},
+    {"h245Address", TransportAddress, Optional},  {"callIdentifier", CallIdentifier},
+    {"h245SecurityMode", H245Security, Optional}, {"tokens", ClearTokens, Optional},
+    {"cryptoTokens", CryptoH323Tokens, Optional}, {"fastStart", OctetStrings, Optional},
+    {"multipleCalls", Boolean, Addition},         {"maintainConnection", Boolean, Addition},
     {"fastConnectRefused", Null, Addition},
 };
 const Type Progress_UUIE = sequence("Progress-UUIE", Progress_UUIE_, Extensible);
@@ -894,18 +881,69 @@ const Component H323_UserInformation_[] = {
 const Type H323_UserInformation = sequence("H323-UserInformation", H323_UserInformation_, Extensible);
 
 const Type* const kTypes[] = {
-    &H323_UserInformation, &H323_UU_PDU, &Setup_UUIE, &CallProceeding_UUIE, &Connect_UUIE,
-    &Alerting_UUIE, &Information_UUIE, &ReleaseComplete_UUIE, &ReleaseCompleteReason, &Facility_UUIE,
-    &FacilityReason, &Progress_UUIE, &SetupAcknowledge_UUIE, &Status_UUIE, &StatusInquiry_UUIE, &Notify_UUIE,
-    &TransportAddress, &AliasAddress,
-    &PartyNumber, &PublicPartyNumber, &PrivatePartyNumber, &PublicTypeOfNumber, &PrivateTypeOfNumber,
-    &MobileUIM, &ANSI_41_UIM, &GSM_UIM, &EndpointType, &VendorIdentifier, &H221NonStandard,
-    &GatekeeperInfo, &GatewayInfo, &McuInfo, &TerminalInfo, &SupportedProtocols, &H310Caps,
-    &H320Caps, &H321Caps, &H322Caps, &H323Caps, &H324Caps, &VoiceCaps, &T120OnlyCaps,
-    &NonStandardParameter, &NonStandardIdentifier, &CallIdentifier, &QseriesOptions, &Q954Details,
-    &CallType, &H245Security, &SecurityCapabilities, &SecurityServiceMode, &PresentationIndicator,
-    &ScreeningIndicator, &CryptoH323Token, &ClearToken, &CryptoToken, &DHset, &TypedCertificate,
-    &Params, &SIGNED, &ENCRYPTED, &HASHED, &H235NonStandardParameter,
+    &H323_UserInformation,
+    &H323_UU_PDU,
+    &Setup_UUIE,
+    &CallProceeding_UUIE,
+    &Connect_UUIE,
+    &Alerting_UUIE,
+    &Information_UUIE,
+    &ReleaseComplete_UUIE,
+    &ReleaseCompleteReason,
+    &Facility_UUIE,
+    &FacilityReason,
+    &Progress_UUIE,
+    &SetupAcknowledge_UUIE,
+    &Status_UUIE,
+    &StatusInquiry_UUIE,
+    &Notify_UUIE,
+    &TransportAddress,
+    &AliasAddress,
+    &PartyNumber,
+    &PublicPartyNumber,
+    &PrivatePartyNumber,
+    &PublicTypeOfNumber,
+    &PrivateTypeOfNumber,
+    &MobileUIM,
+    &ANSI_41_UIM,
+    &GSM_UIM,
+    &EndpointType,
+    &VendorIdentifier,
+    &H221NonStandard,
+    &GatekeeperInfo,
+    &GatewayInfo,
+    &McuInfo,
+    &TerminalInfo,
+    &SupportedProtocols,
+    &H310Caps,
+    &H320Caps,
+    &H321Caps,
+    &H322Caps,
+    &H323Caps,
+    &H324Caps,
+    &VoiceCaps,
+    &T120OnlyCaps,
+    &NonStandardParameter,
+    &NonStandardIdentifier,
+    &CallIdentifier,
+    &QseriesOptions,
+    &Q954Details,
+    &CallType,
+    &H245Security,
+    &SecurityCapabilities,
+    &SecurityServiceMode,
+    &PresentationIndicator,
+    &ScreeningIndicator,
+    &CryptoH323Token,
+    &ClearToken,
+    &CryptoToken,
+    &DHset,
+    &TypedCertificate,
+    &Params,
+    &SIGNED,
+    &ENCRYPTED,
+    &HASHED,
+    &H235NonStandardParameter,
 };
 const size_t kTypeCount = sizeof(kTypes) / sizeof(kTypes[0]);
 

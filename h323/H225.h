@@ -59,7 +59,7 @@ inline constexpr per::Ref h323_uu_pdu{&H323_UserInformation, 0, "h323_uu_pdu"};
 namespace UUPDU {
 inline constexpr per::Ref h323_message_body{&H323_UU_PDU, 0, "h323_message_body"};
 inline constexpr per::Ref h245Control{&H323_UU_PDU, 4, "h245Control"};
-}
+}  // namespace UUPDU
 namespace MessageBody {
 inline constexpr per::Ref setup{&H323_UU_PDU_h323_message_body, 0, "setup"};
 inline constexpr per::Ref callProceeding{&H323_UU_PDU_h323_message_body, 1, "callProceeding"};
@@ -71,43 +71,43 @@ inline constexpr per::Ref facility{&H323_UU_PDU_h323_message_body, 6, "facility"
 inline constexpr per::Ref progress{&H323_UU_PDU_h323_message_body, 7, "progress"};
 inline constexpr per::Ref empty{&H323_UU_PDU_h323_message_body, 8, "empty"};
 inline constexpr per::Ref setupAcknowledge{&H323_UU_PDU_h323_message_body, 11, "setupAcknowledge"};
-}
+}  // namespace MessageBody
 namespace Setup {
 inline constexpr per::Ref h245Address{&Setup_UUIE, 1, "h245Address"};
 inline constexpr per::Ref sourceAddress{&Setup_UUIE, 2, "sourceAddress"};
 inline constexpr per::Ref destinationAddress{&Setup_UUIE, 4, "destinationAddress"};
 inline constexpr per::Ref callIdentifier{&Setup_UUIE, 15, "callIdentifier"};
 inline constexpr per::Ref fastStart{&Setup_UUIE, 19, "fastStart"};
-}
+}  // namespace Setup
 namespace CallProceeding {
 inline constexpr per::Ref callIdentifier{&CallProceeding_UUIE, 3, "callIdentifier"};
 inline constexpr per::Ref fastStart{&CallProceeding_UUIE, 7, "fastStart"};
-}
+}  // namespace CallProceeding
 namespace Connect {
 inline constexpr per::Ref h245Address{&Connect_UUIE, 1, "h245Address"};
 inline constexpr per::Ref callIdentifier{&Connect_UUIE, 4, "callIdentifier"};
 inline constexpr per::Ref fastStart{&Connect_UUIE, 8, "fastStart"};
-}
+}  // namespace Connect
 namespace Alerting {
 inline constexpr per::Ref h245Address{&Alerting_UUIE, 2, "h245Address"};
 inline constexpr per::Ref callIdentifier{&Alerting_UUIE, 3, "callIdentifier"};
 inline constexpr per::Ref fastStart{&Alerting_UUIE, 7, "fastStart"};
-}
+}  // namespace Alerting
 namespace Information {
 inline constexpr per::Ref callIdentifier{&Information_UUIE, 1, "callIdentifier"};
 inline constexpr per::Ref fastStart{&Information_UUIE, 4, "fastStart"};
-}
+}  // namespace Information
 namespace ReleaseComplete {
 inline constexpr per::Ref callIdentifier{&ReleaseComplete_UUIE, 2, "callIdentifier"};
 }
 namespace Facility {
 inline constexpr per::Ref callIdentifier{&Facility_UUIE, 5, "callIdentifier"};
 inline constexpr per::Ref fastStart{&Facility_UUIE, 12, "fastStart"};
-}
+}  // namespace Facility
 namespace Progress {
 inline constexpr per::Ref callIdentifier{&Progress_UUIE, 3, "callIdentifier"};
 inline constexpr per::Ref fastStart{&Progress_UUIE, 7, "fastStart"};
-}
+}  // namespace Progress
 namespace SetupAcknowledge {
 inline constexpr per::Ref callIdentifier{&SetupAcknowledge_UUIE, 1, "callIdentifier"};
 }
@@ -120,7 +120,7 @@ inline constexpr per::Ref ipAddress{&TransportAddress, 0, "ipAddress"};
 namespace IpAddress {
 inline constexpr per::Ref ip{&TransportAddress_ipAddress, 0, "ip"};
 inline constexpr per::Ref port{&TransportAddress_ipAddress, 1, "port"};
-}
+}  // namespace IpAddress
 namespace Alias {
 inline constexpr per::Ref dialedDigits{&AliasAddress, 0, "dialedDigits"};
 inline constexpr per::Ref h323_ID{&AliasAddress, 1, "h323_ID"};
@@ -128,14 +128,14 @@ inline constexpr per::Ref url_ID{&AliasAddress, 2, "url_ID"};
 inline constexpr per::Ref transportID{&AliasAddress, 3, "transportID"};
 inline constexpr per::Ref email_ID{&AliasAddress, 4, "email_ID"};
 inline constexpr per::Ref partyNumber{&AliasAddress, 5, "partyNumber"};
-}
+}  // namespace Alias
 namespace Party {
 inline constexpr per::Ref e164Number{&PartyNumber, 0, "e164Number"};
 inline constexpr per::Ref dataPartyNumber{&PartyNumber, 1, "dataPartyNumber"};
 inline constexpr per::Ref telexPartyNumber{&PartyNumber, 2, "telexPartyNumber"};
 inline constexpr per::Ref privateNumber{&PartyNumber, 3, "privateNumber"};
 inline constexpr per::Ref nationalStandardPartyNumber{&PartyNumber, 4, "nationalStandardPartyNumber"};
-}
+}  // namespace Party
 namespace PublicNumber {
 inline constexpr per::Ref publicNumberDigits{&PublicPartyNumber, 1, "publicNumberDigits"};
 }

@@ -174,7 +174,7 @@ namespace Message {
 inline constexpr per::Ref request{&MultimediaSystemControlMessage, 0, "request"};
 inline constexpr per::Ref response{&MultimediaSystemControlMessage, 1, "response"};
 inline constexpr per::Ref indication{&MultimediaSystemControlMessage, 3, "indication"};
-}
+}  // namespace Message
 namespace Request {
 inline constexpr per::Ref openLogicalChannel{&RequestMessage, 3, "openLogicalChannel"};
 }
@@ -191,34 +191,41 @@ namespace Olc {
 inline constexpr per::Ref forwardLogicalChannelNumber{&OpenLogicalChannel, 0, "forwardLogicalChannelNumber"};
 inline constexpr per::Ref forwardLogicalChannelParameters{&OpenLogicalChannel, 1, "forwardLogicalChannelParameters"};
 inline constexpr per::Ref reverseLogicalChannelParameters{&OpenLogicalChannel, 2, "reverseLogicalChannelParameters"};
-}
+}  // namespace Olc
 namespace OlcForward {
 inline constexpr per::Ref dataType{&OpenLogicalChannel_forwardLogicalChannelParameters, 1, "dataType"};
-inline constexpr per::Ref multiplexParameters{&OpenLogicalChannel_forwardLogicalChannelParameters, 2, "multiplexParameters"};
-}
+inline constexpr per::Ref multiplexParameters{&OpenLogicalChannel_forwardLogicalChannelParameters, 2,
+                                              "multiplexParameters"};
+}  // namespace OlcForward
 namespace OlcForwardMultiplex {
-inline constexpr per::Ref h2250LogicalChannelParameters{&OpenLogicalChannel_forwardLogicalChannelParameters_multiplexParameters, 3, "h2250LogicalChannelParameters"};
+inline constexpr per::Ref h2250LogicalChannelParameters{
+    &OpenLogicalChannel_forwardLogicalChannelParameters_multiplexParameters, 3, "h2250LogicalChannelParameters"};
 }
 namespace OlcReverse {
 inline constexpr per::Ref dataType{&OpenLogicalChannel_reverseLogicalChannelParameters, 0, "dataType"};
-inline constexpr per::Ref multiplexParameters{&OpenLogicalChannel_reverseLogicalChannelParameters, 1, "multiplexParameters"};
-}
+inline constexpr per::Ref multiplexParameters{&OpenLogicalChannel_reverseLogicalChannelParameters, 1,
+                                              "multiplexParameters"};
+}  // namespace OlcReverse
 namespace OlcReverseMultiplex {
-inline constexpr per::Ref h2250LogicalChannelParameters{&OpenLogicalChannel_reverseLogicalChannelParameters_multiplexParameters, 2, "h2250LogicalChannelParameters"};
+inline constexpr per::Ref h2250LogicalChannelParameters{
+    &OpenLogicalChannel_reverseLogicalChannelParameters_multiplexParameters, 2, "h2250LogicalChannelParameters"};
 }
 namespace OlcAck {
 inline constexpr per::Ref forwardLogicalChannelNumber{&OpenLogicalChannelAck, 0, "forwardLogicalChannelNumber"};
 inline constexpr per::Ref reverseLogicalChannelParameters{&OpenLogicalChannelAck, 1, "reverseLogicalChannelParameters"};
 inline constexpr per::Ref forwardMultiplexAckParameters{&OpenLogicalChannelAck, 3, "forwardMultiplexAckParameters"};
-}
+}  // namespace OlcAck
 namespace OlcAckReverse {
-inline constexpr per::Ref multiplexParameters{&OpenLogicalChannelAck_reverseLogicalChannelParameters, 2, "multiplexParameters"};
+inline constexpr per::Ref multiplexParameters{&OpenLogicalChannelAck_reverseLogicalChannelParameters, 2,
+                                              "multiplexParameters"};
 }
 namespace OlcAckReverseMultiplex {
-inline constexpr per::Ref h2250LogicalChannelParameters{&OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexParameters, 1, "h2250LogicalChannelParameters"};
+inline constexpr per::Ref h2250LogicalChannelParameters{
+    &OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexParameters, 1, "h2250LogicalChannelParameters"};
 }
 namespace OlcAckForwardMultiplex {
-inline constexpr per::Ref h2250LogicalChannelAckParameters{&OpenLogicalChannelAck_forwardMultiplexAckParameters, 0, "h2250LogicalChannelAckParameters"};
+inline constexpr per::Ref h2250LogicalChannelAckParameters{&OpenLogicalChannelAck_forwardMultiplexAckParameters, 0,
+                                                           "h2250LogicalChannelAckParameters"};
 }
 namespace Data {
 inline constexpr per::Ref audioData{&DataType, 3, "audioData"};
@@ -226,7 +233,7 @@ inline constexpr per::Ref audioData{&DataType, 3, "audioData"};
 namespace Audio {
 inline constexpr per::Ref g711Alaw64k{&AudioCapability, 1, "g711Alaw64k"};
 inline constexpr per::Ref g711Ulaw64k{&AudioCapability, 3, "g711Ulaw64k"};
-}
+}  // namespace Audio
 namespace H2250Params {
 inline constexpr per::Ref mediaChannel{&H2250LogicalChannelParameters, 3, "mediaChannel"};
 }
@@ -242,7 +249,7 @@ inline constexpr per::Ref iPAddress{&UnicastAddress, 0, "iPAddress"};
 namespace IpAddress {
 inline constexpr per::Ref network{&UnicastAddress_iPAddress, 0, "network"};
 inline constexpr per::Ref tsapIdentifier{&UnicastAddress_iPAddress, 1, "tsapIdentifier"};
-}
+}  // namespace IpAddress
 
 // Every reference above, for the test that checks each against its table.
 inline constexpr const per::Ref* kRefs[] = {

@@ -112,12 +112,9 @@ const Type Capability = choice("Capability", Capability_, Extensible);
 // ---- multiplex capabilities ----------------------------------------------
 
 const Component MultiplexCapability_[] = {
-    {"nonStandard", NonStandardParameter},
-    {"h222Capability", H222Capability},
-    {"h223Capability", H223Capability},
-    {"v76Capability", V76Capability},
-    {"h2250Capability", OpenType, Addition},
-    {"genericMultiplexCapability", GenericCapability, Addition},
+    {"nonStandard", NonStandardParameter},   {"h222Capability", H222Capability},
+    {"h223Capability", H223Capability},      {"v76Capability", V76Capability},
+    {"h2250Capability", OpenType, Addition}, {"genericMultiplexCapability", GenericCapability, Addition},
 };
 const Type MultiplexCapability = choice("MultiplexCapability", MultiplexCapability_, Extensible);
 
@@ -129,15 +126,9 @@ const Component H222Capability_[] = {
 const Type H222Capability = sequence("H222Capability", H222Capability_, Extensible);
 
 const Component VCCapability_aal1_[] = {
-    {"nullClockRecovery", Boolean},
-    {"srtsClockRecovery", Boolean},
-    {"adaptiveClockRecovery", Boolean},
-    {"nullErrorCorrection", Boolean},
-    {"longInterleaver", Boolean},
-    {"shortInterleaver", Boolean},
-    {"errorCorrectionOnly", Boolean},
-    {"structuredDataTransfer", Boolean},
-    {"partiallyFilledCells", Boolean},
+    {"nullClockRecovery", Boolean},   {"srtsClockRecovery", Boolean},      {"adaptiveClockRecovery", Boolean},
+    {"nullErrorCorrection", Boolean}, {"longInterleaver", Boolean},        {"shortInterleaver", Boolean},
+    {"errorCorrectionOnly", Boolean}, {"structuredDataTransfer", Boolean}, {"partiallyFilledCells", Boolean},
 };
 const Type VCCapability_aal1 = sequence("aal1", VCCapability_aal1_, Extensible);
 const Component VCCapability_aal5_[] = {
@@ -249,12 +240,8 @@ const Component VideoCapability_[] = {
 const Type VideoCapability = choice("VideoCapability", VideoCapability_, Extensible);
 
 const Component H261VideoCapability_[] = {
-    {"qcifMPI", Int1_4, Optional},
-    {"cifMPI", Int1_4, Optional},
-    {"temporalSpatialTradeOffCapability", Boolean},
-    {"maxBitRate", Int1_19200},
-    {"stillImageTransmission", Boolean},
-    {"videoBadMBsCap", Boolean, Addition},
+    {"qcifMPI", Int1_4, Optional}, {"cifMPI", Int1_4, Optional},        {"temporalSpatialTradeOffCapability", Boolean},
+    {"maxBitRate", Int1_19200},    {"stillImageTransmission", Boolean}, {"videoBadMBsCap", Boolean, Addition},
 };
 const Type H261VideoCapability = sequence("H261VideoCapability", H261VideoCapability_, Extensible);
 
@@ -376,12 +363,8 @@ const Type Int27_78 = integer(27, 78);
 const Type Int23_66 = integer(23, 66);
 const Type Int6_17 = integer(6, 17);
 const Component G7231AnnexCCapability_g723AnnexCAudioMode_[] = {
-    {"highRateMode0", Int27_78},
-    {"highRateMode1", Int27_78},
-    {"lowRateMode0", Int23_66},
-    {"lowRateMode1", Int23_66},
-    {"sidMode0", Int6_17},
-    {"sidMode1", Int6_17},
+    {"highRateMode0", Int27_78}, {"highRateMode1", Int27_78}, {"lowRateMode0", Int23_66},
+    {"lowRateMode1", Int23_66},  {"sidMode0", Int6_17},       {"sidMode1", Int6_17},
 };
 const Type G7231AnnexCCapability_g723AnnexCAudioMode =
     sequence("g723AnnexCAudioMode", G7231AnnexCCapability_g723AnnexCAudioMode_, Extensible);
@@ -393,15 +376,9 @@ const Component G7231AnnexCCapability_[] = {
 const Type G7231AnnexCCapability = sequence("G7231AnnexCCapability", G7231AnnexCCapability_, Extensible);
 
 const Component IS11172AudioCapability_[] = {
-    {"audioLayer1", Boolean},
-    {"audioLayer2", Boolean},
-    {"audioLayer3", Boolean},
-    {"audioSampling32k", Boolean},
-    {"audioSampling44k1", Boolean},
-    {"audioSampling48k", Boolean},
-    {"singleChannel", Boolean},
-    {"twoChannels", Boolean},
-    {"bitRate", Int1_448},
+    {"audioLayer1", Boolean},      {"audioLayer2", Boolean},       {"audioLayer3", Boolean},
+    {"audioSampling32k", Boolean}, {"audioSampling44k1", Boolean}, {"audioSampling48k", Boolean},
+    {"singleChannel", Boolean},    {"twoChannels", Boolean},       {"bitRate", Int1_448},
 };
 const Type IS11172AudioCapability = sequence("IS11172AudioCapability", IS11172AudioCapability_, Extensible);
 

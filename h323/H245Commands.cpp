@@ -60,18 +60,12 @@ const Component FlowControlCommand_[] = {
 const Type FlowControlCommand = sequence("FlowControlCommand", FlowControlCommand_, Extensible);
 
 const Component EndSessionCommand_gstnOptions_[] = {
-    {"telephonyMode", Null},
-    {"v8bis", Null},
-    {"v34DSVD", Null},
-    {"v34DuplexFAX", Null},
-    {"v34H324", Null},
+    {"telephonyMode", Null}, {"v8bis", Null}, {"v34DSVD", Null}, {"v34DuplexFAX", Null}, {"v34H324", Null},
 };
 const Type EndSessionCommand_gstnOptions = choice("gstnOptions", EndSessionCommand_gstnOptions_, Extensible);
 const Component EndSessionCommand_[] = {
-    {"nonStandard", NonStandardParameter},
-    {"disconnect", Null},
-    {"gstnOptions", EndSessionCommand_gstnOptions},
-    {"isdnOptions", OpenType, Addition},
+    {"nonStandard", NonStandardParameter},          {"disconnect", Null},
+    {"gstnOptions", EndSessionCommand_gstnOptions}, {"isdnOptions", OpenType, Addition},
     {"genericInformation", OpenType, Addition},
 };
 const Type EndSessionCommand = choice("EndSessionCommand", EndSessionCommand_, Extensible);

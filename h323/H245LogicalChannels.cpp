@@ -258,9 +258,8 @@ const Component OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexP
     {"h222LogicalChannelParameters", H222LogicalChannelParameters},
     {"h2250LogicalChannelParameters", H2250LogicalChannelParameters, Addition},
 };
-const Type OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexParameters =
-    choice("multiplexParameters", OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexParameters_,
-           Extensible);
+const Type OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexParameters = choice(
+    "multiplexParameters", OpenLogicalChannelAck_reverseLogicalChannelParameters_multiplexParameters_, Extensible);
 const Component OpenLogicalChannelAck_reverseLogicalChannelParameters_[] = {
     {"reverseLogicalChannelNumber", LogicalChannelNumber},
     {"portNumber", Int0_65535, Optional},

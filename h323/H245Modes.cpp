@@ -78,12 +78,9 @@ const Type H223ModeParameters = sequence("H223ModeParameters", H223ModeParameter
 // ---- video modes ---------------------------------------------------------
 
 const Component VideoMode_[] = {
-    {"nonStandard", NonStandardParameter},
-    {"h261VideoMode", H261VideoMode},
-    {"h262VideoMode", H262VideoMode},
-    {"h263VideoMode", H263VideoMode},
-    {"is11172VideoMode", IS11172VideoMode},
-    {"genericVideoMode", GenericCapability, Addition},
+    {"nonStandard", NonStandardParameter},  {"h261VideoMode", H261VideoMode},
+    {"h262VideoMode", H262VideoMode},       {"h263VideoMode", H263VideoMode},
+    {"is11172VideoMode", IS11172VideoMode}, {"genericVideoMode", GenericCapability, Addition},
 };
 const Type VideoMode = choice("VideoMode", VideoMode_, Extensible);
 
@@ -97,17 +94,10 @@ const Component H261VideoMode_[] = {
 const Type H261VideoMode = sequence("H261VideoMode", H261VideoMode_, Extensible);
 
 const Component H262VideoMode_profileAndLevel_[] = {
-    {"profileAndLevel_SPatML", Null},
-    {"profileAndLevel_MPatLL", Null},
-    {"profileAndLevel_MPatML", Null},
-    {"profileAndLevel_MPatH_14", Null},
-    {"profileAndLevel_MPatHL", Null},
-    {"profileAndLevel_SNRatLL", Null},
-    {"profileAndLevel_SNRatML", Null},
-    {"profileAndLevel_SpatialatH_14", Null},
-    {"profileAndLevel_HPatML", Null},
-    {"profileAndLevel_HPatH_14", Null},
-    {"profileAndLevel_HPatHL", Null},
+    {"profileAndLevel_SPatML", Null},   {"profileAndLevel_MPatLL", Null},        {"profileAndLevel_MPatML", Null},
+    {"profileAndLevel_MPatH_14", Null}, {"profileAndLevel_MPatHL", Null},        {"profileAndLevel_SNRatLL", Null},
+    {"profileAndLevel_SNRatML", Null},  {"profileAndLevel_SpatialatH_14", Null}, {"profileAndLevel_HPatML", Null},
+    {"profileAndLevel_HPatH_14", Null}, {"profileAndLevel_HPatHL", Null},
 };
 const Type H262VideoMode_profileAndLevel = choice("profileAndLevel", H262VideoMode_profileAndLevel_, Extensible);
 const Component H262VideoMode_[] = {
@@ -122,23 +112,14 @@ const Component H262VideoMode_[] = {
 const Type H262VideoMode = sequence("H262VideoMode", H262VideoMode_, Extensible);
 
 const Component H263VideoMode_resolution_[] = {
-    {"sqcif", Null},
-    {"qcif", Null},
-    {"cif", Null},
-    {"cif4", Null},
-    {"cif16", Null},
-    {"custom", Null, Addition},
+    {"sqcif", Null}, {"qcif", Null}, {"cif", Null}, {"cif4", Null}, {"cif16", Null}, {"custom", Null, Addition},
 };
 const Type H263VideoMode_resolution = choice("resolution", H263VideoMode_resolution_, Extensible);
 const Component H263VideoMode_[] = {
-    {"resolution", H263VideoMode_resolution},
-    {"bitRate", Int1_19200},
-    {"unrestrictedVector", Boolean},
-    {"arithmeticCoding", Boolean},
-    {"advancedPrediction", Boolean},
-    {"pbFrames", Boolean},
-    {"errorCompensation", Boolean, Addition},
-    {"enhancementLayerInfo", OpenType, Addition},
+    {"resolution", H263VideoMode_resolution}, {"bitRate", Int1_19200},
+    {"unrestrictedVector", Boolean},          {"arithmeticCoding", Boolean},
+    {"advancedPrediction", Boolean},          {"pbFrames", Boolean},
+    {"errorCompensation", Boolean, Addition}, {"enhancementLayerInfo", OpenType, Addition},
     {"h263Options", OpenType, Addition},
 };
 const Type H263VideoMode = sequence("H263VideoMode", H263VideoMode_, Extensible);
@@ -216,25 +197,14 @@ const Component IS11172AudioMode_[] = {
 const Type IS11172AudioMode = sequence("IS11172AudioMode", IS11172AudioMode_, Extensible);
 
 const Component IS13818AudioMode_audioSampling_[] = {
-    {"audioSampling16k", Null},
-    {"audioSampling22k05", Null},
-    {"audioSampling24k", Null},
-    {"audioSampling32k", Null},
-    {"audioSampling44k1", Null},
-    {"audioSampling48k", Null},
+    {"audioSampling16k", Null}, {"audioSampling22k05", Null}, {"audioSampling24k", Null},
+    {"audioSampling32k", Null}, {"audioSampling44k1", Null},  {"audioSampling48k", Null},
 };
 const Type IS13818AudioMode_audioSampling = choice("audioSampling", IS13818AudioMode_audioSampling_);
 const Component IS13818AudioMode_multichannelType_[] = {
-    {"singleChannel", Null},
-    {"twoChannelStereo", Null},
-    {"twoChannelDual", Null},
-    {"threeChannels2_1", Null},
-    {"threeChannels3_0", Null},
-    {"fourChannels2_0_2_0", Null},
-    {"fourChannels2_2", Null},
-    {"fourChannels3_1", Null},
-    {"fiveChannels3_0_2_0", Null},
-    {"fiveChannels3_2", Null},
+    {"singleChannel", Null},       {"twoChannelStereo", Null},    {"twoChannelDual", Null},  {"threeChannels2_1", Null},
+    {"threeChannels3_0", Null},    {"fourChannels2_0_2_0", Null}, {"fourChannels2_2", Null}, {"fourChannels3_1", Null},
+    {"fiveChannels3_0_2_0", Null}, {"fiveChannels3_2", Null},
 };
 const Type IS13818AudioMode_multichannelType = choice("multichannelType", IS13818AudioMode_multichannelType_);
 const Component IS13818AudioMode_[] = {

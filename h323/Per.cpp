@@ -21,21 +21,23 @@ size_t naturalAlphabetSize(Kind k) {
     case Kind::PrintableString: return 74;
     case Kind::VisibleString: return 95;
     case Kind::BMPString: return 65536;
-    default: return 128;   // IA5String
+    default: return 128;  // IA5String
     }
 }
 
 unsigned alignedBits(size_t alphabetSize) {
     unsigned bits = bitsFor(alphabetSize);
     unsigned aligned = 1;
-    while (aligned < bits) aligned *= 2;
+    while (aligned < bits)
+        aligned *= 2;
     return aligned;
 }
 }  // namespace
 
 CharLayout charLayout(const Type& t) {
     const char* alphabet = t.alphabet;
-    if (!alphabet && t.kind == Kind::NumericString) alphabet = kNumericAlphabet;
+    if (!alphabet && t.kind == Kind::NumericString)
+        alphabet = kNumericAlphabet;
     size_t size = alphabet ? std::strlen(alphabet) : naturalAlphabetSize(t.kind);
     unsigned bits = alignedBits(size);
     // Characters travel as their own code when every code fits the field.
@@ -53,7 +55,8 @@ void Tree::reset(const uint8_t* in) {
 
 std::string_view Tree::bytesOf(const Node& n) const {
     const char* base = n.inScratch ? scratch.data() : reinterpret_cast<const char*>(input);
-    if (!base) return {};
+    if (!base)
+        return {};
     return std::string_view(base + n.first, n.length);
 }
 
@@ -81,22 +84,26 @@ void Tree::setScratchBytes(uint32_t at, std::string_view bytes) {
 }
 
 const Node* Value::node() const {
-    if (!tree_ || index_ >= tree_->nodes.size()) return nullptr;
+    if (!tree_ || index_ >= tree_->nodes.size())
+        return nullptr;
     const Node& n = tree_->nodes[index_];
     return n.type ? &n : nullptr;
 }
 
 Value Value::operator[](std::string_view name) const {
     const Node* n = node();
-    if (!n || n->type->kind != Kind::Sequence) return {};
+    if (!n || n->type->kind != Kind::Sequence)
+        return {};
     for (size_t i = 0; i < n->type->count; ++i)
-        if (name == n->type->components[i].name) return component(i);
+        if (name == n->type->components[i].name)
+            return component(i);
     return {};
 }
 
 Value Value::component(size_t i) const {
     const Node* n = node();
-    if (!n || n->type->kind != Kind::Sequence || i >= n->length) return {};
+    if (!n || n->type->kind != Kind::Sequence || i >= n->length)
+        return {};
     return Value(tree_, n->first + uint32_t(i));
 }
 
@@ -111,7 +118,8 @@ unsigned Value::tag() const {
 }
 
 static std::string componentName(const Type& t, int64_t index) {
-    if (index >= 0 && index < t.count) return t.components[index].name;
+    if (index >= 0 && index < t.count)
+        return t.components[index].name;
     return "<" + std::to_string(index) + ">";
 }
 
@@ -138,7 +146,8 @@ size_t Value::size() const {
 
 Value Value::at(size_t i) const {
     const Node* n = node();
-    if (!n || n->type->kind != Kind::SequenceOf || i >= n->length) return {};
+    if (!n || n->type->kind != Kind::SequenceOf || i >= n->length)
+        return {};
     return Value(tree_, n->first + uint32_t(i));
 }
 
@@ -175,7 +184,8 @@ static std::string oidText(std::string_view contents) {
     bool first = true;
     for (unsigned char c : contents) {
         arc = (arc << 7) | (c & 0x7f);
-        if (c & 0x80) continue;
+        if (c & 0x80)
+            continue;
         if (first) {
             uint64_t top = arc < 40 ? 0 : arc < 80 ? 1 : 2;
             out = std::to_string(top) + "." + std::to_string(arc - 40 * top);
@@ -190,7 +200,8 @@ static std::string oidText(std::string_view contents) {
 
 std::string Value::text() const {
     const Node* n = node();
-    if (!n) return {};
+    if (!n)
+        return {};
     std::string_view raw = tree_->bytesOf(*n);
     switch (n->type->kind) {
     case Kind::BMPString: return ucs2ToUtf8(raw);

@@ -71,20 +71,20 @@ enum class Kind : uint8_t {
     NumericString,
     PrintableString,
     VisibleString,
-    GeneralString,   // not a known-multiplier type: length plus octets
+    GeneralString,  // not a known-multiplier type: length plus octets
     BMPString,
     Sequence,
     Choice,
-    SequenceOf,      // also SET OF: both encode alike
-    Open,            // an unknown extension kept as its octets
+    SequenceOf,  // also SET OF: both encode alike
+    Open,        // an unknown extension kept as its octets
 };
 
 enum Extensibility : uint8_t { Closed, Extensible };
 
 enum ComponentFlags : uint8_t {
     Mandatory = 0,
-    Optional = 1,   // OPTIONAL or DEFAULT root component
-    Addition = 2,   // after the extension marker
+    Optional = 1,  // OPTIONAL or DEFAULT root component
+    Addition = 2,  // after the extension marker
 };
 
 constexpr int64_t kNoUpperBound = std::numeric_limits<int64_t>::max();
@@ -101,9 +101,15 @@ struct Range {
     constexpr bool isFixed() const { return hasUpper() && lower == upper; }
 };
 
-constexpr Range fixed(int64_t n) { return {n, n, Closed}; }
-constexpr Range size(int64_t lower, int64_t upper, Extensibility e = Closed) { return {lower, upper, e}; }
-constexpr Range sizeFrom(int64_t lower) { return {lower, kNoUpperBound, Closed}; }
+constexpr Range fixed(int64_t n) {
+    return {n, n, Closed};
+}
+constexpr Range size(int64_t lower, int64_t upper, Extensibility e = Closed) {
+    return {lower, upper, e};
+}
+constexpr Range sizeFrom(int64_t lower) {
+    return {lower, kNoUpperBound, Closed};
+}
 
 struct Type;
 
@@ -113,7 +119,7 @@ struct Component {
     uint8_t flags;
 
     constexpr Component(const char* n, const Type& t, uint8_t f = Mandatory) : name(n), type(&t), flags(f) {}
-    Component(const char*, Type&&, uint8_t = Mandatory) = delete;   // the type must outlive the table
+    Component(const char*, Type&&, uint8_t = Mandatory) = delete;  // the type must outlive the table
     // An ENUMERATED identifier.
     constexpr explicit Component(const char* n, uint8_t f = Mandatory) : name(n), type(nullptr), flags(f) {}
 
@@ -123,15 +129,15 @@ struct Component {
 
 struct Type {
     Kind kind;
-    Extensibility extensible;       // of the type (SEQUENCE, CHOICE, ENUMERATED) or of its constraint
-    uint16_t rootCount;             // SEQUENCE, CHOICE, ENUMERATED: components before "..."
-    uint16_t count;                 // all components, additions included
-    uint16_t optionalCount;         // SEQUENCE: root components flagged Optional
-    Range range;                    // INTEGER value range; SIZE of strings and lists
-    const Component* components;    // SEQUENCE, CHOICE, ENUMERATED
-    const Type* element;            // SEQUENCE OF
-    const char* alphabet;           // permitted alphabet, ascending; nullptr = the whole character set
-    const char* name;               // ASN.1 name of a named type, for diagnostics
+    Extensibility extensible;     // of the type (SEQUENCE, CHOICE, ENUMERATED) or of its constraint
+    uint16_t rootCount;           // SEQUENCE, CHOICE, ENUMERATED: components before "..."
+    uint16_t count;               // all components, additions included
+    uint16_t optionalCount;       // SEQUENCE: root components flagged Optional
+    Range range;                  // INTEGER value range; SIZE of strings and lists
+    const Component* components;  // SEQUENCE, CHOICE, ENUMERATED
+    const Type* element;          // SEQUENCE OF
+    const char* alphabet;         // permitted alphabet, ascending; nullptr = the whole character set
+    const char* name;             // ASN.1 name of a named type, for diagnostics
 };
 
 // ---- building types -----------------------------------------------------
@@ -140,13 +146,15 @@ namespace detail {
 template <size_t N>
 constexpr uint16_t countRoot(const Component (&c)[N]) {
     uint16_t n = 0;
-    for (size_t i = 0; i < N; ++i) n += c[i].addition() ? 0 : 1;
+    for (size_t i = 0; i < N; ++i)
+        n += c[i].addition() ? 0 : 1;
     return n;
 }
 template <size_t N>
 constexpr uint16_t countOptional(const Component (&c)[N]) {
     uint16_t n = 0;
-    for (size_t i = 0; i < N; ++i) n += (!c[i].addition() && c[i].optional()) ? 1 : 0;
+    for (size_t i = 0; i < N; ++i)
+        n += (!c[i].addition() && c[i].optional()) ? 1 : 0;
     return n;
 }
 constexpr Type leaf(Kind k, Range r = {}, const char* alphabet = nullptr) {
@@ -156,7 +164,8 @@ constexpr Type leaf(Kind k, Range r = {}, const char* alphabet = nullptr) {
 
 template <size_t N>
 constexpr Type sequence(const char* name, const Component (&c)[N], Extensibility e = Closed) {
-    return Type{Kind::Sequence, e, detail::countRoot(c), uint16_t(N), detail::countOptional(c), {}, c, nullptr, nullptr, name};
+    return Type{Kind::Sequence, e,   detail::countRoot(c), uint16_t(N), detail::countOptional(c), {}, c, nullptr,
+                nullptr,        name};
 }
 // SEQUENCE {} and SEQUENCE { ... }
 constexpr Type emptySequence(const char* name, Extensibility e = Closed) {
@@ -173,20 +182,40 @@ constexpr Type enumerated(const char* name, const Component (&c)[N], Extensibili
 constexpr Type sequenceOf(const Type& element, Range r = {}, const char* name = nullptr) {
     return Type{Kind::SequenceOf, r.extensible, 0, 0, 0, r, nullptr, &element, nullptr, name};
 }
-Type sequenceOf(Type&&, Range = {}, const char* = nullptr) = delete;   // the element must outlive the table
+Type sequenceOf(Type&&, Range = {}, const char* = nullptr) = delete;  // the element must outlive the table
 constexpr Type integer(int64_t lower, int64_t upper, Extensibility e = Closed) {
     return detail::leaf(Kind::Integer, Range{lower, upper, e});
 }
-constexpr Type integerFrom(int64_t lower) { return detail::leaf(Kind::Integer, Range{lower, kNoUpperBound, Closed}); }
-constexpr Type unconstrainedInteger() { return detail::leaf(Kind::Integer, Range{kNoLowerBound, kNoUpperBound, Closed}); }
-constexpr Type octetString(Range r = {}) { return detail::leaf(Kind::OctetString, r); }
-constexpr Type bitString(Range r = {}) { return detail::leaf(Kind::BitString, r); }
-constexpr Type ia5String(Range r = {}, const char* alphabet = nullptr) { return detail::leaf(Kind::IA5String, r, alphabet); }
-constexpr Type numericString(Range r = {}, const char* alphabet = nullptr) { return detail::leaf(Kind::NumericString, r, alphabet); }
-constexpr Type printableString(Range r = {}, const char* alphabet = nullptr) { return detail::leaf(Kind::PrintableString, r, alphabet); }
-constexpr Type visibleString(Range r = {}, const char* alphabet = nullptr) { return detail::leaf(Kind::VisibleString, r, alphabet); }
-constexpr Type generalString(Range r = {}) { return detail::leaf(Kind::GeneralString, r); }
-constexpr Type bmpString(Range r = {}) { return detail::leaf(Kind::BMPString, r); }
+constexpr Type integerFrom(int64_t lower) {
+    return detail::leaf(Kind::Integer, Range{lower, kNoUpperBound, Closed});
+}
+constexpr Type unconstrainedInteger() {
+    return detail::leaf(Kind::Integer, Range{kNoLowerBound, kNoUpperBound, Closed});
+}
+constexpr Type octetString(Range r = {}) {
+    return detail::leaf(Kind::OctetString, r);
+}
+constexpr Type bitString(Range r = {}) {
+    return detail::leaf(Kind::BitString, r);
+}
+constexpr Type ia5String(Range r = {}, const char* alphabet = nullptr) {
+    return detail::leaf(Kind::IA5String, r, alphabet);
+}
+constexpr Type numericString(Range r = {}, const char* alphabet = nullptr) {
+    return detail::leaf(Kind::NumericString, r, alphabet);
+}
+constexpr Type printableString(Range r = {}, const char* alphabet = nullptr) {
+    return detail::leaf(Kind::PrintableString, r, alphabet);
+}
+constexpr Type visibleString(Range r = {}, const char* alphabet = nullptr) {
+    return detail::leaf(Kind::VisibleString, r, alphabet);
+}
+constexpr Type generalString(Range r = {}) {
+    return detail::leaf(Kind::GeneralString, r);
+}
+constexpr Type bmpString(Range r = {}) {
+    return detail::leaf(Kind::BMPString, r);
+}
 
 // Unconstrained leaves that every table uses.
 inline constexpr Type Null = detail::leaf(Kind::Null);
@@ -212,17 +241,17 @@ struct Ref {
 // children by index into the same arena; byte values by offset into the
 // input or into the owner's scratch buffer.
 struct Node {
-    const Type* type = nullptr;   // nullptr: absent component
-    uint32_t first = 0;           // children / bytes: first child index or byte offset; CHOICE: the chosen child
-    uint32_t length = 0;          // children / bytes: count; strings: bytes; BIT STRING: bytes
-    int64_t number = 0;           // INTEGER, BOOLEAN, ENUMERATED index, CHOICE tag, BIT STRING bit count
-    bool inScratch = false;       // bytes live in the scratch buffer rather than the input
+    const Type* type = nullptr;  // nullptr: absent component
+    uint32_t first = 0;          // children / bytes: first child index or byte offset; CHOICE: the chosen child
+    uint32_t length = 0;         // children / bytes: count; strings: bytes; BIT STRING: bytes
+    int64_t number = 0;          // INTEGER, BOOLEAN, ENUMERATED index, CHOICE tag, BIT STRING bit count
+    bool inScratch = false;      // bytes live in the scratch buffer rather than the input
 };
 
 struct Tree {
     std::vector<Node> nodes;
     const uint8_t* input = nullptr;
-    std::string scratch;          // bytes that had to be converted or realigned
+    std::string scratch;  // bytes that had to be converted or realigned
 
     void reset(const uint8_t* in);
     std::string_view bytesOf(const Node& n) const;
@@ -243,7 +272,10 @@ public:
     Value(const Tree* tree, uint32_t index) : tree_(tree), index_(index) {}
 
     explicit operator bool() const { return node() != nullptr; }
-    const Type* type() const { auto* n = node(); return n ? n->type : nullptr; }
+    const Type* type() const {
+        auto* n = node();
+        return n ? n->type : nullptr;
+    }
     Kind kind() const { return type() ? type()->kind : Kind::Open; }
 
     // SEQUENCE: a component by name (as in the table) or by position.
@@ -269,14 +301,14 @@ public:
     size_t size() const;
     Value at(size_t i) const;
 
-    int64_t integer() const;                // INTEGER, ENUMERATED index, BOOLEAN
+    int64_t integer() const;  // INTEGER, ENUMERATED index, BOOLEAN
     bool boolean() const { return integer() != 0; }
-    std::string enumName() const;           // ENUMERATED identifier
+    std::string enumName() const;  // ENUMERATED identifier
     // OCTET STRING, OBJECT IDENTIFIER contents, BIT STRING bits (left-aligned),
     // character strings (BMPString: UCS-2 big-endian), Open: the raw octets.
     std::string_view bytes() const;
-    int64_t bitLength() const;              // BIT STRING
-    std::string text() const;               // character strings as UTF-8; OBJECT IDENTIFIER dotted
+    int64_t bitLength() const;  // BIT STRING
+    std::string text() const;   // character strings as UTF-8; OBJECT IDENTIFIER dotted
 
     uint32_t index() const { return index_; }
 
@@ -294,7 +326,7 @@ private:
 // allocation once warmed up; the text is built only when asked for.
 struct DecodeStop {
     struct Step {
-        const char* name;   // nullptr: the list element at `element`
+        const char* name;  // nullptr: the list element at `element`
         uint32_t element;
     };
     DecodeStatus status = DecodeStatus::Ok;
@@ -351,20 +383,20 @@ class Builder {
 public:
     class Slot {
     public:
-        Slot operator[](std::string_view component);   // SEQUENCE: makes it present
-        Slot choose(std::string_view alternative);      // CHOICE
-        Slot chooseUnknown(unsigned tag);               // CHOICE: an extension alternative the table lacks
-        Slot chosen();                                  // CHOICE: the alternative chosen before
-        Slot addUnknownAddition();                      // SEQUENCE: an addition the table lacks
-        Slot append();                                  // SEQUENCE OF
+        Slot operator[](std::string_view component);  // SEQUENCE: makes it present
+        Slot choose(std::string_view alternative);    // CHOICE
+        Slot chooseUnknown(unsigned tag);             // CHOICE: an extension alternative the table lacks
+        Slot chosen();                                // CHOICE: the alternative chosen before
+        Slot addUnknownAddition();                    // SEQUENCE: an addition the table lacks
+        Slot append();                                // SEQUENCE OF
 
-        Slot& present();                                // NULL, or a SEQUENCE with nothing set
-        Slot& setInteger(int64_t v);                    // INTEGER, BOOLEAN, ENUMERATED index
+        Slot& present();              // NULL, or a SEQUENCE with nothing set
+        Slot& setInteger(int64_t v);  // INTEGER, BOOLEAN, ENUMERATED index
         Slot& setBool(bool v) { return setInteger(v); }
         Slot& setEnum(std::string_view identifier);
-        Slot& setBytes(std::string_view octets);        // OCTET STRING, Open, raw string bytes
+        Slot& setBytes(std::string_view octets);  // OCTET STRING, Open, raw string bytes
         Slot& setBits(std::string_view octets, int64_t bits);
-        Slot& setText(std::string_view utf8);           // character strings (BMPString converted to UCS-2)
+        Slot& setText(std::string_view utf8);  // character strings (BMPString converted to UCS-2)
         Slot& setOid(std::string_view dotted);
 
         Value value() const { return Value(&builder_->tree_, index_); }

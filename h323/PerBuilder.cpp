@@ -19,7 +19,8 @@ namespace {
 
 int findComponent(const Type& t, std::string_view name) {
     for (int i = 0; i < t.count; ++i)
-        if (name == t.components[i].name) return i;
+        if (name == t.components[i].name)
+            return i;
     return -1;
 }
 
@@ -36,7 +37,8 @@ std::string oidContents(std::string_view dotted) {
         }
     }
     arcs.push_back(arc);
-    if (arcs.size() < 2) misuse("object identifier needs two arcs", dotted);
+    if (arcs.size() < 2)
+        misuse("object identifier needs two arcs", dotted);
     arcs[1] += 40 * arcs[0];
     std::string out;
     for (size_t i = 1; i < arcs.size(); ++i) {
@@ -47,7 +49,8 @@ std::string oidContents(std::string_view dotted) {
             groups[n++] = char(v & 0x7f);
             v >>= 7;
         } while (v);
-        while (n-- > 0) out += char(groups[n] | (n ? 0x80 : 0));
+        while (n-- > 0)
+            out += char(groups[n] | (n ? 0x80 : 0));
     }
     return out;
 }
@@ -62,11 +65,13 @@ Builder::Builder(const Type& root) {
 Builder::Slot Builder::Slot::operator[](std::string_view name) {
     const Type& t = *node().type;
     int i = t.kind == Kind::Sequence ? findComponent(t, name) : -1;
-    if (i < 0) misuse("no component", name);
+    if (i < 0)
+        misuse("no component", name);
     present();
     uint32_t child = node().first + uint32_t(i);
     Node& c = builder_->tree_.nodes[child];
-    if (!c.type) c.type = t.components[i].type;
+    if (!c.type)
+        c.type = t.components[i].type;
     return Slot(builder_, child);
 }
 
@@ -83,7 +88,8 @@ Builder::Slot& Builder::Slot::present() {
 Builder::Slot Builder::Slot::choose(std::string_view name) {
     const Type& t = *node().type;
     int i = t.kind == Kind::Choice ? findComponent(t, name) : -1;
-    if (i < 0) misuse("no alternative", name);
+    if (i < 0)
+        misuse("no alternative", name);
     Slot child = chooseUnknown(unsigned(i));
     child.node().type = t.components[i].type;
     return child;
@@ -98,7 +104,8 @@ Builder::Slot Builder::Slot::chooseUnknown(unsigned tag) {
 }
 
 Builder::Slot Builder::Slot::chosen() {
-    if (node().type->kind != Kind::Choice || node().first == 0) misuse("nothing chosen in", node().type->name ? node().type->name : "");
+    if (node().type->kind != Kind::Choice || node().first == 0)
+        misuse("nothing chosen in", node().type->name ? node().type->name : "");
     return Slot(builder_, node().first);
 }
 
@@ -111,7 +118,8 @@ Builder::Slot Builder::Slot::addUnknownAddition() {
 
 Builder::Slot Builder::Slot::append() {
     const Type& t = *node().type;
-    if (t.kind != Kind::SequenceOf) misuse("not a list", t.name ? t.name : "");
+    if (t.kind != Kind::SequenceOf)
+        misuse("not a list", t.name ? t.name : "");
     uint32_t child = builder_->tree_.appendChild(index_);
     builder_->tree_.nodes[child].type = t.element;
     return Slot(builder_, child);
@@ -124,7 +132,8 @@ Builder::Slot& Builder::Slot::setInteger(int64_t v) {
 
 Builder::Slot& Builder::Slot::setEnum(std::string_view identifier) {
     int i = findComponent(*node().type, identifier);
-    if (i < 0) misuse("no enumeration value", identifier);
+    if (i < 0)
+        misuse("no enumeration value", identifier);
     return setInteger(i);
 }
 
@@ -139,10 +148,13 @@ Builder::Slot& Builder::Slot::setBits(std::string_view octets, int64_t bits) {
 }
 
 Builder::Slot& Builder::Slot::setText(std::string_view utf8) {
-    if (node().type->kind == Kind::BMPString) return setBytes(utf8ToUcs2(utf8));
+    if (node().type->kind == Kind::BMPString)
+        return setBytes(utf8ToUcs2(utf8));
     return setBytes(utf8);
 }
 
-Builder::Slot& Builder::Slot::setOid(std::string_view dotted) { return setBytes(oidContents(dotted)); }
+Builder::Slot& Builder::Slot::setOid(std::string_view dotted) {
+    return setBytes(oidContents(dotted));
+}
 
 }  // namespace h323::per

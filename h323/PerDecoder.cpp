@@ -22,12 +22,11 @@ public:
     size_t position() const { return pos_; }
     // The status of a failure caused by this reader: reading past the end
     // of the input is truncation; anything else is invalid.
-    DecodeStatus failure() const {
-        return flags_ == kOverran ? DecodeStatus::Truncated : DecodeStatus::Invalid;
-    }
+    DecodeStatus failure() const { return flags_ == kOverran ? DecodeStatus::Truncated : DecodeStatus::Invalid; }
 
     bool read(unsigned n, uint64_t& v) {
-        if (n > remaining()) return overrun();
+        if (n > remaining())
+            return overrun();
         v = 0;
         while (n > 0) {
             unsigned used = pos_ & 7;
@@ -43,7 +42,8 @@ public:
 
     bool readBit(bool& bit) {
         uint64_t v;
-        if (!read(1, v)) return false;
+        if (!read(1, v))
+            return false;
         bit = v != 0;
         return true;
     }
@@ -51,14 +51,16 @@ public:
     void align() { pos_ = (pos_ + 7) & ~size_t(7); }
 
     bool skip(uint64_t bits) {
-        if (bits > remaining()) return overrun();
+        if (bits > remaining())
+            return overrun();
         pos_ += size_t(bits);
         return true;
     }
 
     // Claims `n` whole octets at the (aligned) position.
     bool take(size_t n, size_t& offset) {
-        if (n > remaining() / 8) return overrun();
+        if (n > remaining() / 8)
+            return overrun();
         offset = pos_ / 8;
         pos_ += n * 8;
         return true;
@@ -87,7 +89,8 @@ public:
     // On failure the innermost call records the status and offset, and each
     // constructed value on the way out adds its component to the path.
     bool decode(const Type& t, uint32_t at) {
-        if (++depth_ > kMaxDepth) return fail(DecodeStatus::TooDeep);
+        if (++depth_ > kMaxDepth)
+            return fail(DecodeStatus::TooDeep);
         tree_.nodes[at].type = &t;
         bool ok = decodeKind(t, at) || fail(reader_.failure());
         --depth_;
@@ -122,33 +125,32 @@ private:
 
     // Records the first reason only: the callers unwinding after it add none.
     // Kept out of line so that the decoding paths stay as small as before.
-    [[gnu::cold, gnu::noinline]]
-    bool fail(DecodeStatus status) {
+    [[gnu::cold, gnu::noinline]] bool fail(DecodeStatus status) {
         if (stop_.status == DecodeStatus::Ok) {
             stop_.status = status;
             stop_.bit = reader_.position();
         }
         return false;
     }
-    [[gnu::cold, gnu::noinline]]
-    bool failedIn(const char* component) {
+    [[gnu::cold, gnu::noinline]] bool failedIn(const char* component) {
         stop_.path.push_back({component, 0});
         return false;
     }
-    [[gnu::cold, gnu::noinline]]
-    bool failedAt(uint32_t element) {
+    [[gnu::cold, gnu::noinline]] bool failedAt(uint32_t element) {
         stop_.path.push_back({nullptr, element});
         return false;
     }
 
     bool allocate(uint32_t n, uint32_t& first) {
-        if (tree_.nodes.size() + n > kMaxNodes) return fail(DecodeStatus::TooLarge);
+        if (tree_.nodes.size() + n > kMaxNodes)
+            return fail(DecodeStatus::TooLarge);
         first = tree_.allocate(n);
         return true;
     }
 
     bool appendChild(uint32_t parent, uint32_t& slot) {
-        if (tree_.nodes.size() + node(parent).length + 1 > kMaxNodes) return fail(DecodeStatus::TooLarge);
+        if (tree_.nodes.size() + node(parent).length + 1 > kMaxNodes)
+            return fail(DecodeStatus::TooLarge);
         slot = tree_.appendChild(parent);
         return true;
     }
@@ -164,7 +166,8 @@ private:
         case WholeNumber::TwoOctets: reader_.align(); return reader_.read(w.bits, v);
         case WholeNumber::Lengthed: {
             uint64_t octets;
-            if (!reader_.read(w.bits, octets)) return false;
+            if (!reader_.read(w.bits, octets))
+                return false;
             reader_.align();
             return reader_.read(unsigned(octets + 1) * 8, v);
         }
@@ -177,12 +180,14 @@ private:
     bool readUnconstrainedLength(uint64_t& n) {
         reader_.align();
         uint64_t first;
-        if (!reader_.read(8, first)) return false;
+        if (!reader_.read(8, first))
+            return false;
         if ((first & 0x80) == 0) {
             n = first;
         } else if ((first & 0x40) == 0) {
             uint64_t second;
-            if (!reader_.read(8, second)) return false;
+            if (!reader_.read(8, second))
+                return false;
             n = ((first & 0x3f) << 8) | second;
         } else {
             n = 0;
@@ -193,13 +198,16 @@ private:
     bool readSize(const Type& t, uint64_t& n) {
         const Range& r = t.range;
         bool outside = false;
-        if (t.extensible && !reader_.readBit(outside)) return false;
-        if (outside) return readUnconstrainedLength(n);
+        if (t.extensible && !reader_.readBit(outside))
+            return false;
+        if (outside)
+            return readUnconstrainedLength(n);
         switch (lengthForm(r)) {
         case LengthForm::Fixed: n = uint64_t(r.lower); return true;
         case LengthForm::Constrained: {
             uint64_t offset;
-            if (!readConstrainedWhole(uint64_t(r.upper - r.lower) + 1, offset)) return false;
+            if (!readConstrainedWhole(uint64_t(r.upper - r.lower) + 1, offset))
+                return false;
             n = std::min(uint64_t(r.lower) + offset, uint64_t(r.upper));
             return true;
         }
@@ -212,27 +220,35 @@ private:
     // that do not fit 32 bits are refused.
     bool readNormallySmall(uint64_t& n) {
         bool large;
-        if (!reader_.readBit(large)) return false;
-        if (!large) return reader_.read(6, n);
+        if (!reader_.readBit(large))
+            return false;
+        if (!large)
+            return reader_.read(6, n);
         uint64_t octets;
-        if (!readUnconstrainedLength(octets) || octets == 0 || octets > 4) return false;
-        if (!reader_.read(unsigned(octets) * 8, n)) return false;
+        if (!readUnconstrainedLength(octets) || octets == 0 || octets > 4)
+            return false;
+        if (!reader_.read(unsigned(octets) * 8, n))
+            return false;
         return n <= UINT32_MAX - 65536 || fail(DecodeStatus::TooLarge);
     }
 
     // Length-prefixed octets (open types, OBJECT IDENTIFIER, GeneralString).
     bool readOctets(size_t& offset, size_t& length) {
         uint64_t n;
-        if (!readUnconstrainedLength(n)) return false;
+        if (!readUnconstrainedLength(n))
+            return false;
         length = size_t(n);
         return reader_.take(length, offset);
     }
 
     bool readValueOctets(uint64_t octets, bool isSigned, int64_t& v) {
-        if (octets > 8) return fail(DecodeStatus::TooLarge);
+        if (octets > 8)
+            return fail(DecodeStatus::TooLarge);
         uint64_t raw = 0;
-        if (octets > 0 && !reader_.read(unsigned(octets) * 8, raw)) return false;
-        if (isSigned && octets > 0 && octets < 8 && (raw >> (octets * 8 - 1)) & 1) raw |= ~uint64_t(0) << (octets * 8);
+        if (octets > 0 && !reader_.read(unsigned(octets) * 8, raw))
+            return false;
+        if (isSigned && octets > 0 && octets < 8 && (raw >> (octets * 8 - 1)) & 1)
+            raw |= ~uint64_t(0) << (octets * 8);
         v = int64_t(raw);
         return true;
     }
@@ -241,7 +257,8 @@ private:
 
     bool decodeBoolean(uint32_t at) {
         bool b;
-        if (!reader_.readBit(b)) return false;
+        if (!reader_.readBit(b))
+            return false;
         node(at).number = b;
         return true;
     }
@@ -249,19 +266,24 @@ private:
     bool decodeInteger(const Type& t, uint32_t at) {
         const Range& r = t.range;
         bool outside = false;
-        if (t.extensible && !reader_.readBit(outside)) return false;
+        if (t.extensible && !reader_.readBit(outside))
+            return false;
         uint64_t octets;
         int64_t v = 0;
         if (!outside && r.hasLower() && r.hasUpper()) {
             uint64_t offset;
-            if (!readConstrainedWhole(spanOf(r), offset)) return false;
+            if (!readConstrainedWhole(spanOf(r), offset))
+                return false;
             v = r.lower + int64_t(offset);
-            if (v > r.upper) v = r.upper;   // clamped, not refused
+            if (v > r.upper)
+                v = r.upper;  // clamped, not refused
         } else if (!outside && r.hasLower()) {
-            if (!readUnconstrainedLength(octets) || !readValueOctets(octets, false, v)) return false;
+            if (!readUnconstrainedLength(octets) || !readValueOctets(octets, false, v))
+                return false;
             v += r.lower;
         } else {
-            if (!readUnconstrainedLength(octets) || !readValueOctets(octets, true, v)) return false;
+            if (!readUnconstrainedLength(octets) || !readValueOctets(octets, true, v))
+                return false;
         }
         node(at).number = v;
         return true;
@@ -269,14 +291,18 @@ private:
 
     bool decodeEnumerated(const Type& t, uint32_t at) {
         bool outside = false;
-        if (t.extensible && !reader_.readBit(outside)) return false;
+        if (t.extensible && !reader_.readBit(outside))
+            return false;
         uint64_t index;
         if (outside) {
-            if (!readNormallySmall(index)) return false;
+            if (!readNormallySmall(index))
+                return false;
             index += t.rootCount;
         } else {
-            if (!readConstrainedWhole(t.rootCount, index)) return false;
-            if (t.rootCount > 0 && index >= t.rootCount) index = t.rootCount - 1;
+            if (!readConstrainedWhole(t.rootCount, index))
+                return false;
+            if (t.rootCount > 0 && index >= t.rootCount)
+                index = t.rootCount - 1;
         }
         node(at).number = int64_t(index);
         return true;
@@ -295,7 +321,8 @@ private:
         for (; bits > 0; bits -= std::min<uint64_t>(bits, 8)) {
             unsigned n = unsigned(std::min<uint64_t>(bits, 8));
             uint64_t v;
-            if (!reader_.read(n, v)) return false;
+            if (!reader_.read(n, v))
+                return false;
             tree_.scratch += char(v << (8 - n));
         }
         setBytes(at, offset, tree_.scratch.size() - offset, true);
@@ -304,29 +331,38 @@ private:
 
     bool decodeOctetString(const Type& t, uint32_t at) {
         uint64_t n;
-        if (!readSize(t, n)) return false;
-        if (n > Decoder::kMaxStringLength) return fail(DecodeStatus::TooLarge);
-        if (!contentsAligned(t.range, 8, n, false)) return copyBits(at, n * 8);
+        if (!readSize(t, n))
+            return false;
+        if (n > Decoder::kMaxStringLength)
+            return fail(DecodeStatus::TooLarge);
+        if (!contentsAligned(t.range, 8, n, false))
+            return copyBits(at, n * 8);
         reader_.align();
         size_t offset;
-        if (!reader_.take(size_t(n), offset)) return false;
+        if (!reader_.take(size_t(n), offset))
+            return false;
         setBytes(at, offset, size_t(n), false);
         return true;
     }
 
     bool decodeBitString(const Type& t, uint32_t at) {
         uint64_t bits;
-        if (!readSize(t, bits)) return false;
-        if (bits > Decoder::kMaxStringLength * 8) return fail(DecodeStatus::TooLarge);
+        if (!readSize(t, bits))
+            return false;
+        if (bits > Decoder::kMaxStringLength * 8)
+            return fail(DecodeStatus::TooLarge);
         node(at).number = int64_t(bits);
-        if (contentsAligned(t.range, 1, bits, false)) reader_.align();
+        if (contentsAligned(t.range, 1, bits, false))
+            reader_.align();
         return copyBits(at, bits);
     }
 
     bool decodeLengthPrefixedOctets(uint32_t at) {
         size_t offset, length;
-        if (!readOctets(offset, length)) return false;
-        if (length > Decoder::kMaxStringLength) return fail(DecodeStatus::TooLarge);
+        if (!readOctets(offset, length))
+            return false;
+        if (length > Decoder::kMaxStringLength)
+            return fail(DecodeStatus::TooLarge);
         setBytes(at, offset, length, false);
         return true;
     }
@@ -334,23 +370,30 @@ private:
     bool decodeCharacterString(const Type& t, uint32_t at) {
         CharLayout layout = charLayout(t);
         uint64_t n;
-        if (!readSize(t, n)) return false;
-        if (n > Decoder::kMaxStringLength) return fail(DecodeStatus::TooLarge);
+        if (!readSize(t, n))
+            return false;
+        if (n > Decoder::kMaxStringLength)
+            return fail(DecodeStatus::TooLarge);
         bool aligned = contentsAligned(t.range, layout.bits, n, true);
-        if (aligned) reader_.align();
+        if (aligned)
+            reader_.align();
         unsigned width = t.kind == Kind::BMPString ? 2 : 1;
         if (aligned && !layout.alphabet && layout.bits == width * 8) {
             size_t offset;
-            if (!reader_.take(size_t(n) * width, offset)) return false;
+            if (!reader_.take(size_t(n) * width, offset))
+                return false;
             setBytes(at, offset, size_t(n) * width, false);
             return true;
         }
         size_t offset = tree_.scratch.size();
         for (uint64_t i = 0; i < n; ++i) {
             uint64_t c;
-            if (!reader_.read(layout.bits, c)) return false;
-            if (layout.alphabet) c = uint8_t(layout.alphabet[std::min<uint64_t>(c, layout.alphabetSize - 1)]);
-            if (width == 2) tree_.scratch += char(c >> 8);
+            if (!reader_.read(layout.bits, c))
+                return false;
+            if (layout.alphabet)
+                c = uint8_t(layout.alphabet[std::min<uint64_t>(c, layout.alphabetSize - 1)]);
+            if (width == 2)
+                tree_.scratch += char(c >> 8);
             tree_.scratch += char(c);
         }
         setBytes(at, offset, tree_.scratch.size() - offset, true);
@@ -361,18 +404,23 @@ private:
 
     bool decodeSequence(const Type& t, uint32_t at) {
         bool extended = false;
-        if (t.extensible && !reader_.readBit(extended)) return false;
+        if (t.extensible && !reader_.readBit(extended))
+            return false;
         uint64_t presence = 0;
-        if (t.optionalCount > 64 || !reader_.read(t.optionalCount, presence)) return false;
+        if (t.optionalCount > 64 || !reader_.read(t.optionalCount, presence))
+            return false;
         uint32_t first = 0;
-        if (!allocate(t.count, first)) return false;
+        if (!allocate(t.count, first))
+            return false;
         node(at).first = first;
         node(at).length = t.count;
         unsigned optionalSeen = 0;
         for (uint32_t i = 0; i < t.rootCount; ++i) {
             const Component& c = t.components[i];
-            if (c.optional() && !((presence >> (t.optionalCount - 1 - optionalSeen++)) & 1)) continue;
-            if (!decode(*c.type, first + i)) return failedIn(c.name);
+            if (c.optional() && !((presence >> (t.optionalCount - 1 - optionalSeen++)) & 1))
+                continue;
+            if (!decode(*c.type, first + i))
+                return failedIn(c.name);
         }
         return !extended || decodeAdditions(t, at);
     }
@@ -380,17 +428,23 @@ private:
     bool decodeAdditions(const Type& t, uint32_t at) {
         bool large;
         uint64_t count;
-        if (!reader_.readBit(large)) return false;
-        if (large ? !readUnconstrainedLength(count) : !reader_.read(6, count)) return false;
-        if (!large) ++count;
+        if (!reader_.readBit(large))
+            return false;
+        if (large ? !readUnconstrainedLength(count) : !reader_.read(6, count))
+            return false;
+        if (!large)
+            ++count;
         BitReader bitmap = reader_;
-        if (!reader_.skip(count)) return false;
+        if (!reader_.skip(count))
+            return false;
         for (uint64_t i = 0; i < count; ++i) {
             bool present = false;
             bitmap.readBit(present);
-            if (!present) continue;
+            if (!present)
+                continue;
             size_t offset, length;
-            if (!readOctets(offset, length)) return false;
+            if (!readOctets(offset, length))
+                return false;
             uint64_t index = t.rootCount + i;
             uint32_t slot = 0;
             if (index < t.count) {
@@ -398,7 +452,8 @@ private:
                 if (!decodeOpen(*t.components[index].type, slot, offset, length))
                     return failedIn(t.components[index].name);
             } else {
-                if (!appendChild(at, slot)) return false;
+                if (!appendChild(at, slot))
+                    return false;
                 node(slot).type = &OpenType;
                 setBytes(slot, offset, length, false);
             }
@@ -422,24 +477,29 @@ private:
 
     bool decodeChoice(const Type& t, uint32_t at) {
         bool extended = false;
-        if (t.extensible && !reader_.readBit(extended)) return false;
+        if (t.extensible && !reader_.readBit(extended))
+            return false;
         uint32_t child = 0;
-        if (!allocate(1, child)) return false;
+        if (!allocate(1, child))
+            return false;
         node(at).first = child;
         uint64_t index;
         if (!extended) {
-            if (t.rootCount == 0 || !readConstrainedWhole(t.rootCount, index)) return false;
+            if (t.rootCount == 0 || !readConstrainedWhole(t.rootCount, index))
+                return false;
             index = std::min<uint64_t>(index, t.rootCount - 1);
             node(at).number = int64_t(index);
             return decode(*t.components[index].type, child) || failedIn(t.components[index].name);
         }
         size_t offset, length;
-        if (!readNormallySmall(index) || !readOctets(offset, length)) return false;
+        if (!readNormallySmall(index) || !readOctets(offset, length))
+            return false;
         index += t.rootCount;
         node(at).number = int64_t(index);
         if (index < t.count)
             return decodeOpen(*t.components[index].type, child, offset, length) || failedIn(t.components[index].name);
-        if (length == 0) return false;
+        if (length == 0)
+            return false;
         node(child).type = &OpenType;
         setBytes(child, offset, length, false);
         return true;
@@ -447,14 +507,18 @@ private:
 
     bool decodeSequenceOf(const Type& t, uint32_t at) {
         uint64_t n;
-        if (!readSize(t, n)) return false;
-        if (n > Decoder::kMaxListElements) return fail(DecodeStatus::TooLarge);
+        if (!readSize(t, n))
+            return false;
+        if (n > Decoder::kMaxListElements)
+            return fail(DecodeStatus::TooLarge);
         uint32_t first = 0;
-        if (!allocate(uint32_t(n), first)) return false;
+        if (!allocate(uint32_t(n), first))
+            return false;
         node(at).first = first;
         node(at).length = uint32_t(n);
         for (uint32_t i = 0; i < n; ++i)
-            if (!decode(*t.element, first + i)) return failedAt(i);
+            if (!decode(*t.element, first + i))
+                return failedAt(i);
         return true;
     }
 
@@ -475,7 +539,8 @@ Value Decoder::decode(const Type& type, const uint8_t* data, size_t size) {
     stop_.root = &type;
     stop_.path.clear();
     PerDecoder decoder(tree_, stop_, data, size);
-    if (!decoder.decode(type, 0)) return {};
+    if (!decoder.decode(type, 0))
+        return {};
     return Value(&tree_, 0);
 }
 

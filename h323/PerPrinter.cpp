@@ -11,15 +11,19 @@ namespace h323::per {
 namespace {
 
 void spaces(std::ostream& out, int n) {
-    for (int i = 0; i < n; ++i) out << ' ';
+    for (int i = 0; i < n; ++i)
+        out << ' ';
 }
 
-void hexOctets(std::ostream& out, std::string_view bytes) { out << '\'' << hexText(bytes) << "'H"; }
+void hexOctets(std::ostream& out, std::string_view bytes) {
+    out << '\'' << hexText(bytes) << "'H";
+}
 
 void bits(std::ostream& out, Value v) {
     std::string_view bytes = v.bytes();
     out << '\'';
-    for (int64_t i = 0; i < v.bitLength(); ++i) out << ((uint8_t(bytes[size_t(i / 8)]) >> (7 - i % 8)) & 1);
+    for (int64_t i = 0; i < v.bitLength(); ++i)
+        out << ((uint8_t(bytes[size_t(i / 8)]) >> (7 - i % 8)) & 1);
     out << "'B";
 }
 
@@ -28,10 +32,13 @@ void sequence(std::ostream& out, Value v, int indent) {
     const Type& t = *v.type();
     for (size_t i = 0; i < v.componentCount(); ++i) {
         Value c = v.component(i);
-        if (!c) continue;
+        if (!c)
+            continue;
         spaces(out, indent + 2);
-        if (i < t.count) out << t.components[i].name;
-        else out << '<' << i << '>';
+        if (i < t.count)
+            out << t.components[i].name;
+        else
+            out << '<' << i << '>';
         out << " = ";
         print(out, c, indent + 2);
         out << '\n';
@@ -55,7 +62,8 @@ void list(std::ostream& out, Value v, int indent) {
 }  // namespace
 
 void print(std::ostream& out, Value v, int indent) {
-    if (!v) return;
+    if (!v)
+        return;
     switch (v.kind()) {
     case Kind::Null: out << "NULL"; break;
     case Kind::Boolean: out << (v.boolean() ? "TRUE" : "FALSE"); break;

@@ -15,14 +15,16 @@ constexpr uint64_t k16K = 16384;
 // Smallest number of bits that holds every value below `range`.
 inline unsigned bitsFor(uint64_t range) {
     unsigned bits = 0;
-    while (bits < 64 && (uint64_t(1) << bits) < range) ++bits;
+    while (bits < 64 && (uint64_t(1) << bits) < range)
+        ++bits;
     return bits;
 }
 
 // Smallest number of octets that holds `value` as a non-negative binary number.
 inline unsigned octetsFor(uint64_t value) {
     unsigned n = 1;
-    while (n < 8 && (value >> (8 * n)) != 0) ++n;
+    while (n < 8 && (value >> (8 * n)) != 0)
+        ++n;
     return n;
 }
 
@@ -30,20 +32,25 @@ inline unsigned octetsFor(uint64_t value) {
 // of `range` values (range 0 stands for 2^64, never used by the tables).
 struct WholeNumber {
     enum Form : uint8_t { Empty, Bits, OneOctet, TwoOctets, Lengthed } form;
-    unsigned bits;   // Bits, OneOctet, TwoOctets: field width; Lengthed: width of the octet count - 1
+    unsigned bits;  // Bits, OneOctet, TwoOctets: field width; Lengthed: width of the octet count - 1
 };
 
 inline WholeNumber wholeNumber(uint64_t range) {
-    if (range == 1) return {WholeNumber::Empty, 0};
-    if (range <= 255) return {WholeNumber::Bits, bitsFor(range)};
-    if (range == 256) return {WholeNumber::OneOctet, 8};
-    if (range <= k64K) return {WholeNumber::TwoOctets, 16};
+    if (range == 1)
+        return {WholeNumber::Empty, 0};
+    if (range <= 255)
+        return {WholeNumber::Bits, bitsFor(range)};
+    if (range == 256)
+        return {WholeNumber::OneOctet, 8};
+    if (range <= k64K)
+        return {WholeNumber::TwoOctets, 16};
     return {WholeNumber::Lengthed, bitsFor(octetsFor(range - 1))};
 }
 
 // Values an INTEGER's root range spans, 0 when it has no upper or lower bound.
 inline uint64_t spanOf(const Range& r) {
-    if (!r.hasLower() || !r.hasUpper()) return 0;
+    if (!r.hasLower() || !r.hasUpper())
+        return 0;
     return uint64_t(r.upper) - uint64_t(r.lower) + 1;
 }
 
@@ -55,7 +62,8 @@ enum class LengthForm : uint8_t {
 };
 
 inline LengthForm lengthForm(const Range& size) {
-    if (size.hasUpper() && uint64_t(size.upper) < k64K) return size.isFixed() ? LengthForm::Fixed : LengthForm::Constrained;
+    if (size.hasUpper() && uint64_t(size.upper) < k64K)
+        return size.isFixed() ? LengthForm::Fixed : LengthForm::Constrained;
     return LengthForm::Unconstrained;
 }
 
@@ -64,10 +72,13 @@ inline LengthForm lengthForm(const Range& size) {
 // 16 bits or less are never aligned; of the variable ones only character
 // strings whose longest form stays under 16 bits are not.
 inline bool contentsAligned(const Range& size, unsigned unitBits, uint64_t length, bool characters) {
-    if (length == 0) return false;
-    if (!size.hasUpper()) return true;
+    if (length == 0)
+        return false;
+    if (!size.hasUpper())
+        return true;
     uint64_t maxBits = uint64_t(size.upper) * unitBits;
-    if (size.isFixed()) return maxBits > 16;
+    if (size.isFixed())
+        return maxBits > 16;
     return !characters || maxBits >= 16;
 }
 
@@ -75,15 +86,15 @@ inline bool contentsAligned(const Range& size, unsigned unitBits, uint64_t lengt
 // and the alphabet through which indices map, if they do.
 struct CharLayout {
     unsigned bits;
-    const char* alphabet;    // nullptr: characters are sent as their own code
+    const char* alphabet;  // nullptr: characters are sent as their own code
     size_t alphabetSize;
 };
 
 CharLayout charLayout(const Type& t);
 
 inline bool isCharacterString(Kind k) {
-    return k == Kind::IA5String || k == Kind::NumericString || k == Kind::PrintableString ||
-           k == Kind::VisibleString || k == Kind::BMPString;
+    return k == Kind::IA5String || k == Kind::NumericString || k == Kind::PrintableString || k == Kind::VisibleString ||
+           k == Kind::BMPString;
 }
 
 }  // namespace h323::per::rules

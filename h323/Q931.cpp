@@ -64,23 +64,29 @@ void Q931::clear() {
 }
 
 const Q931::Entry* Q931::find(uint8_t id) const {
-    auto it = std::lower_bound(entries_.begin(), entries_.end(), id, [](const Entry& e, uint8_t v) { return e.id < v; });
+    auto it =
+        std::lower_bound(entries_.begin(), entries_.end(), id, [](const Entry& e, uint8_t v) { return e.id < v; });
     return it != entries_.end() && it->id == id ? &*it : nullptr;
 }
 
 void Q931::store(uint8_t id, const uint8_t* contents, size_t length) {
     Entry entry{id, uint32_t(contents_.size()), uint32_t(length)};
     contents_.append(reinterpret_cast<const char*>(contents), length);
-    auto it = std::lower_bound(entries_.begin(), entries_.end(), id, [](const Entry& e, uint8_t v) { return e.id < v; });
-    if (it != entries_.end() && it->id == id) *it = entry;
-    else entries_.insert(it, entry);
+    auto it =
+        std::lower_bound(entries_.begin(), entries_.end(), id, [](const Entry& e, uint8_t v) { return e.id < v; });
+    if (it != entries_.end() && it->id == id)
+        *it = entry;
+    else
+        entries_.insert(it, entry);
 }
 
 bool Q931::decode(const uint8_t* data, size_t size) {
     clear();
     status_ = DecodeStatus::Ok;
-    if (size < kMinimumSize) return stop(DecodeStatus::Truncated, size);
-    if (data[1] > kMaxCallReferenceLength) return stop(DecodeStatus::Invalid, 1, kCallReferenceStep);
+    if (size < kMinimumSize)
+        return stop(DecodeStatus::Truncated, size);
+    if (data[1] > kMaxCallReferenceLength)
+        return stop(DecodeStatus::Invalid, 1, kCallReferenceStep);
     unsigned callReferenceLength = data[1];
     if (callReferenceLength == 2) {
         callReference_ = ((data[2] & 0x7fu) << 8) | data[3];
@@ -90,22 +96,27 @@ bool Q931::decode(const uint8_t* data, size_t size) {
     messageType_ = data[pos++];
     while (pos < size) {
         uint8_t id = data[pos++];
-        if (id & 0x80) {   // single-octet element: its value lives in the identifier
+        if (id & 0x80) {  // single-octet element: its value lives in the identifier
             store(id, nullptr, 0);
             continue;
         }
         size_t length;
         if (id == UserUser) {
-            if (size - pos < 2) return stop(DecodeStatus::Truncated, size, id);
+            if (size - pos < 2)
+                return stop(DecodeStatus::Truncated, size, id);
             length = (size_t(data[pos]) << 8) | data[pos + 1];
             pos += 2;
-            if (length == 0) return stop(DecodeStatus::Invalid, pos - 2, id);
-            if (length > size - pos) return stop(DecodeStatus::Truncated, size, id);
-            store(id, data + pos + 1, length - 1);   // past its protocol discriminator
+            if (length == 0)
+                return stop(DecodeStatus::Invalid, pos - 2, id);
+            if (length > size - pos)
+                return stop(DecodeStatus::Truncated, size, id);
+            store(id, data + pos + 1, length - 1);  // past its protocol discriminator
         } else {
-            if (pos >= size) return stop(DecodeStatus::Truncated, size, id);
+            if (pos >= size)
+                return stop(DecodeStatus::Truncated, size, id);
             length = data[pos++];
-            if (length > size - pos) return stop(DecodeStatus::Truncated, size, id);
+            if (length > size - pos)
+                return stop(DecodeStatus::Truncated, size, id);
             store(id, data + pos, length);
         }
         pos += length;
@@ -121,17 +132,21 @@ bool Q931::stop(DecodeStatus status, size_t octet, int element) {
 }
 
 std::string Q931::stopPath() const {
-    if (stopElement_ == kHeaderStep) return "Q931.header";
-    if (stopElement_ == kCallReferenceStep) return "Q931.callReference";
+    if (stopElement_ == kHeaderStep)
+        return "Q931.header";
+    if (stopElement_ == kCallReferenceStep)
+        return "Q931.callReference";
     return "Q931.element[0x" + hexText(std::string(1, char(stopElement_))) + "]";
 }
 
 std::vector<uint8_t> Q931::encode() const {
-    std::vector<uint8_t> out = {kProtocolDiscriminator, 2, uint8_t((fromDestination_ ? 0x80 : 0) | ((callReference_ >> 8) & 0x7f)),
+    std::vector<uint8_t> out = {kProtocolDiscriminator, 2,
+                                uint8_t((fromDestination_ ? 0x80 : 0) | ((callReference_ >> 8) & 0x7f)),
                                 uint8_t(callReference_), uint8_t(messageType_)};
     for (const Entry& e : entries_) {
         out.push_back(e.id);
-        if (e.id & 0x80) continue;
+        if (e.id & 0x80)
+            continue;
         std::string_view contents(contents_.data() + e.offset, e.length);
         if (e.id == UserUser) {
             size_t length = contents.size() + 1;
@@ -165,7 +180,8 @@ void Q931::setPartyNumber(uint8_t id, std::string_view digits, uint8_t typeOfNum
     std::string contents;
     bool extended = presentationAndScreening >= 0;
     contents += char((extended ? 0 : 0x80) | ((typeOfNumber & 7) << 4) | (plan & 0x0f));
-    if (extended) contents += char(0x80 | (presentationAndScreening & 0x7f));
+    if (extended)
+        contents += char(0x80 | (presentationAndScreening & 0x7f));
     contents += digits;
     setElement(id, contents);
 }
@@ -175,7 +191,8 @@ void Q931::setPartyNumber(uint8_t id, std::string_view digits, uint8_t typeOfNum
 // extension bit is 0 too.
 std::string Q931::partyDigits(uint8_t id) const {
     std::string_view c = element(id);
-    if (c.empty()) return {};
+    if (c.empty())
+        return {};
     size_t pos = 1;
     if (!(uint8_t(c[0]) & 0x80)) {
         bool octet3bFollows = id == CallingPartyNumber && pos < c.size() && !(uint8_t(c[pos]) & 0x80);
@@ -185,15 +202,19 @@ std::string Q931::partyDigits(uint8_t id) const {
 }
 
 void Q931::print(std::ostream& out) const {
-    out << "{\n  callReference = " << callReference_ << "\n  fromDestination = " << (fromDestination_ ? "TRUE" : "FALSE")
-        << "\n  messageType = ";
-    if (const char* name = messageTypeName(messageType_)) out << name;
-    else out << "<" << messageType_ << ">";
+    out << "{\n  callReference = " << callReference_
+        << "\n  fromDestination = " << (fromDestination_ ? "TRUE" : "FALSE") << "\n  messageType = ";
+    if (const char* name = messageTypeName(messageType_))
+        out << name;
+    else
+        out << "<" << messageType_ << ">";
     out << '\n';
     for (const Entry& e : entries_) {
         out << "  IE: ";
-        if (const char* name = elementName(e.id)) out << name;
-        else out << "<0x" << hexText(std::string_view(reinterpret_cast<const char*>(&e.id), 1)) << ">";
+        if (const char* name = elementName(e.id))
+            out << name;
+        else
+            out << "<0x" << hexText(std::string_view(reinterpret_cast<const char*>(&e.id), 1)) << ">";
         out << " = '" << hexText(std::string_view(contents_.data() + e.offset, e.length)) << "'H\n";
     }
     out << '}';

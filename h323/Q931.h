@@ -58,9 +58,7 @@ public:
     // Elements are copied, so the message outlives `data`. A repeated
     // element replaces the earlier one; single-octet elements are kept empty.
     bool decode(const uint8_t* data, size_t size);
-    bool decode(std::string_view data) {
-        return decode(reinterpret_cast<const uint8_t*>(data.data()), data.size());
-    }
+    bool decode(std::string_view data) { return decode(reinterpret_cast<const uint8_t*>(data.data()), data.size()); }
 
     // The wire form: the 2-octet call reference, then the elements in
     // ascending identifier order.
@@ -74,8 +72,8 @@ public:
     std::string stopPath() const;
 
     unsigned messageType() const { return messageType_; }
-    unsigned callReference() const { return callReference_; }   // without the flag
-    bool fromDestination() const { return fromDestination_; }     // the call reference flag
+    unsigned callReference() const { return callReference_; }  // without the flag
+    bool fromDestination() const { return fromDestination_; }  // the call reference flag
 
     bool has(uint8_t element) const { return find(element) != nullptr; }
     // An element's contents; for the user-user element, those after its
@@ -106,16 +104,16 @@ private:
     const Entry* find(uint8_t id) const;
     void store(uint8_t id, const uint8_t* contents, size_t length);
     std::string partyDigits(uint8_t element) const;
-    [[gnu::cold, gnu::noinline]] bool stop(DecodeStatus status, size_t octet, int element = -1);   // -1: the header
+    [[gnu::cold, gnu::noinline]] bool stop(DecodeStatus status, size_t octet, int element = -1);  // -1: the header
 
     unsigned messageType_ = 0;
     unsigned callReference_ = 0;
     bool fromDestination_ = false;
-    std::vector<Entry> entries_;   // ascending by id
-    std::string contents_;         // element contents, referred to by entries_
+    std::vector<Entry> entries_;  // ascending by id
+    std::string contents_;        // element contents, referred to by entries_
     DecodeStatus status_ = DecodeStatus::Ok;
     size_t stopOctet_ = 0;
-    int stopElement_ = -1;         // the element being read; -1: the header, -2: the call reference
+    int stopElement_ = -1;  // the element being read; -1: the header, -2: the call reference
 };
 
 }  // namespace h323

@@ -16,17 +16,20 @@ std::string hexText(std::string_view octets) {
 }
 
 std::string guidText(std::string_view octets) {
-    if (octets.size() != 16) return {};
+    if (octets.size() != 16)
+        return {};
     std::string hex = hexText(octets);
     return hex.substr(0, 8) + '-' + hex.substr(8, 4) + '-' + hex.substr(12, 4) + '-' + hex.substr(16, 4) + '-' +
            hex.substr(20);
 }
 
 std::string ipv4Text(std::string_view octets) {
-    if (octets.size() != 4) return {};
+    if (octets.size() != 4)
+        return {};
     std::string out;
     for (size_t i = 0; i < 4; ++i) {
-        if (i) out += '.';
+        if (i)
+            out += '.';
         out += std::to_string(uint8_t(octets[i]));
     }
     return out;
@@ -40,22 +43,29 @@ std::string ipv4Text(uint32_t networkOrder) {
 namespace {
 
 std::string transportText(per::Value address) {
-    if (!address.is(h225::Transport::ipAddress)) return {};
+    if (!address.is(h225::Transport::ipAddress))
+        return {};
     per::Value ip = address.chosen();
     std::string_view octets = ip[h225::IpAddress::ip].bytes();
     bool unspecified = octets == std::string_view("\0\0\0\0", 4);
     std::string out = "ip$" + (unspecified ? std::string("*") : ipv4Text(octets));
-    if (int64_t port = ip[h225::IpAddress::port].integer()) out += ':' + std::to_string(port);
+    if (int64_t port = ip[h225::IpAddress::port].integer())
+        out += ':' + std::to_string(port);
     return out;
 }
 
 std::string partyNumberText(per::Value number) {
     per::Value v = number.chosen();
-    if (number.is(h225::Party::e164Number)) return "E164:" + v[h225::PublicNumber::publicNumberDigits].text();
-    if (number.is(h225::Party::privateNumber)) return "Private:" + v[h225::PrivateNumber::privateNumberDigits].text();
-    if (number.is(h225::Party::dataPartyNumber)) return "Data:" + v.text();
-    if (number.is(h225::Party::telexPartyNumber)) return "Telex:" + v.text();
-    if (number.is(h225::Party::nationalStandardPartyNumber)) return "NSP:" + v.text();
+    if (number.is(h225::Party::e164Number))
+        return "E164:" + v[h225::PublicNumber::publicNumberDigits].text();
+    if (number.is(h225::Party::privateNumber))
+        return "Private:" + v[h225::PrivateNumber::privateNumberDigits].text();
+    if (number.is(h225::Party::dataPartyNumber))
+        return "Data:" + v.text();
+    if (number.is(h225::Party::telexPartyNumber))
+        return "Telex:" + v.text();
+    if (number.is(h225::Party::nationalStandardPartyNumber))
+        return "NSP:" + v.text();
     return {};
 }
 
@@ -63,14 +73,18 @@ std::string partyNumberText(per::Value number) {
 
 std::string aliasText(per::Value alias) {
     per::Value v = alias.chosen();
-    if (alias.is(h225::Alias::dialedDigits) || alias.is(h225::Alias::url_ID) || alias.is(h225::Alias::email_ID)) return v.text();
+    if (alias.is(h225::Alias::dialedDigits) || alias.is(h225::Alias::url_ID) || alias.is(h225::Alias::email_ID))
+        return v.text();
     if (alias.is(h225::Alias::h323_ID)) {
         std::string text = v.text();
-        if (!text.empty() && text.back() == '\0') text.pop_back();
+        if (!text.empty() && text.back() == '\0')
+            text.pop_back();
         return text;
     }
-    if (alias.is(h225::Alias::transportID)) return transportText(v);
-    if (alias.is(h225::Alias::partyNumber)) return partyNumberText(v);
+    if (alias.is(h225::Alias::transportID))
+        return transportText(v);
+    if (alias.is(h225::Alias::partyNumber))
+        return partyNumberText(v);
     return {};
 }
 

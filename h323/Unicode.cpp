@@ -27,12 +27,15 @@ constexpr unsigned kReplacement = 0xfffd;
 // Decodes one UTF-8 sequence at `i`, advancing it.
 unsigned nextCodePoint(std::string_view s, size_t& i) {
     unsigned char lead = uint8_t(s[i++]);
-    if (lead < 0x80) return lead;
+    if (lead < 0x80)
+        return lead;
     unsigned extra = lead >= 0xf0 ? 3 : lead >= 0xe0 ? 2 : lead >= 0xc0 ? 1 : 0;
-    if (extra == 0) return kReplacement;
+    if (extra == 0)
+        return kReplacement;
     unsigned c = lead & (0x3f >> extra);
     for (unsigned k = 0; k < extra; ++k) {
-        if (i >= s.size() || (uint8_t(s[i]) & 0xc0) != 0x80) return kReplacement;
+        if (i >= s.size() || (uint8_t(s[i]) & 0xc0) != 0x80)
+            return kReplacement;
         c = (c << 6) | (uint8_t(s[i++]) & 0x3f);
     }
     return c > 0xffff ? kReplacement : c;

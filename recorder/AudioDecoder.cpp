@@ -12,8 +12,7 @@
 namespace recorder {
 namespace {
 
-std::string encodingName(std::string_view codecName)
-{
+std::string encodingName(std::string_view codecName) {
     std::string name(codecName.substr(0, codecName.find('/')));
     std::transform(name.begin(), name.end(), name.begin(),
                    [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
@@ -21,8 +20,7 @@ std::string encodingName(std::string_view codecName)
 }
 
 // RFC 3551's static payload types of the codecs decoded here.
-std::string staticEncodingName(int payloadType)
-{
+std::string staticEncodingName(int payloadType) {
     switch (payloadType) {
     case 0: return "PCMU";
     case 8: return "PCMA";
@@ -34,13 +32,11 @@ std::string staticEncodingName(int payloadType)
 
 }  // namespace
 
-std::vector<int16_t> AudioDecoder::concealLoss(size_t)
-{
+std::vector<int16_t> AudioDecoder::concealLoss(size_t) {
     return {};
 }
 
-std::unique_ptr<AudioDecoder> makeAudioDecoder(std::string_view codecName, int payloadType)
-{
+std::unique_ptr<AudioDecoder> makeAudioDecoder(std::string_view codecName, int payloadType) {
     const std::string name = codecName.empty() ? staticEncodingName(payloadType) : encodingName(codecName);
     if (name == "PCMU")
         return std::make_unique<G711Decoder>(G711Decoder::Law::Mu);

@@ -21,8 +21,7 @@ static_assert(sizeof(record_header) == 32);
 
 constexpr size_t kSpareChunks = 4;  // kept for reuse; the rest go back to the system
 
-size_t recordLength(size_t payload)
-{
+size_t recordLength(size_t payload) {
     return (sizeof(record_header) + payload + 7) & ~size_t{7};
 }
 
@@ -32,12 +31,9 @@ Backlog::Backlog(size_t limitBytes)
     : maxChunks_(std::max<size_t>(limitBytes / kChunkSize, 2)),
       reserveChunks_(maxChunks_ + maxChunks_ / 8 + 1),
       tail_(new Chunk),
-      head_(tail_)
-{
-}
+      head_(tail_) {}
 
-Backlog::~Backlog()
-{
+Backlog::~Backlog() {
     for (Chunk* chunk = head_; chunk != nullptr;) {
         Chunk* next = chunk->next.load();
         delete chunk;
@@ -47,11 +43,11 @@ Backlog::~Backlog()
         delete chunk;
 }
 
-bool Backlog::push(LinkEvent event, const Frame& frame)
-{
+bool Backlog::push(LinkEvent event, const Frame& frame) {
     const size_t length = recordLength(frame.payload.size());
     if (fill_ + length > kChunkSize) {
-        Chunk* next = newChunk(event == LinkEvent::Frame && frame.protocol == Protocol::Rtp ? maxChunks_ : reserveChunks_);
+        Chunk* next =
+            newChunk(event == LinkEvent::Frame && frame.protocol == Protocol::Rtp ? maxChunks_ : reserveChunks_);
         if (next == nullptr) {
             dropped_.fetch_add(1, std::memory_order_relaxed);
             return false;
@@ -61,29 +57,29 @@ bool Backlog::push(LinkEvent event, const Frame& frame)
         tail_ = next;
         fill_ = 0;
     }
-    record_header header{static_cast<uint32_t>(length),
-                         static_cast<uint8_t>(event),
-                         static_cast<uint8_t>(frame.protocol),
-                         static_cast<uint16_t>(frame.payload.size()),
-                         frame.source.ip,
-                         frame.destination.ip,
-                         frame.source.port,
-                         frame.destination.port,
-                         std::chrono::duration_cast<std::chrono::nanoseconds>(frame.arrival.time_since_epoch()).count()};
+    record_header header{
+        static_cast<uint32_t>(length),
+        static_cast<uint8_t>(event),
+        static_cast<uint8_t>(frame.protocol),
+        static_cast<uint16_t>(frame.payload.size()),
+        frame.source.ip,
+        frame.destination.ip,
+        frame.source.port,
+        frame.destination.port,
+        std::chrono::duration_cast<std::chrono::nanoseconds>(frame.arrival.time_since_epoch()).count()};
     uint8_t* at = tail_->data.get() + fill_;
     std::memcpy(at, &header, sizeof header);
     if (!frame.payload.empty())  // link events have none, and no data pointer either
         std::memcpy(at + sizeof header, frame.payload.data(), frame.payload.size());
     fill_ += length;
-    const uint64_t queued = in_.fetch_add(length, std::memory_order_relaxed) + length -
-                            out_.load(std::memory_order_relaxed);
+    const uint64_t queued =
+        in_.fetch_add(length, std::memory_order_relaxed) + length - out_.load(std::memory_order_relaxed);
     if (queued > peak_.load(std::memory_order_relaxed))
         peak_.store(queued, std::memory_order_relaxed);
     return true;
 }
 
-Backlog::Chunk* Backlog::newChunk(size_t most)
-{
+Backlog::Chunk* Backlog::newChunk(size_t most) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (chunks_ >= most)
         return nullptr;
@@ -97,8 +93,7 @@ Backlog::Chunk* Backlog::newChunk(size_t most)
     return chunk;
 }
 
-void Backlog::release(Chunk* chunk, size_t consumed)
-{
+void Backlog::release(Chunk* chunk, size_t consumed) {
     out_.fetch_add(consumed, std::memory_order_relaxed);
     std::lock_guard<std::mutex> lock(mutex_);
     --chunks_;
@@ -108,8 +103,7 @@ void Backlog::release(Chunk* chunk, size_t consumed)
         delete chunk;
 }
 
-void Backlog::publish()
-{
+void Backlog::publish() {
     // Sequentially consistent with the consumer's `sleeping_` store and load: either it sees
     // this commit before it sleeps, or this sees it asleep and wakes it.
     tail_->committed.store(fill_, std::memory_order_seq_cst);
@@ -119,8 +113,7 @@ void Backlog::publish()
     }
 }
 
-bool Backlog::waitForRecords(std::chrono::milliseconds timeout)
-{
+bool Backlog::waitForRecords(std::chrono::milliseconds timeout) {
     const auto available = [this] {
         return head_->committed.load(std::memory_order_seq_cst) != read_ ||
                head_->next.load(std::memory_order_seq_cst) != nullptr;
@@ -134,8 +127,7 @@ bool Backlog::waitForRecords(std::chrono::milliseconds timeout)
     return woken;
 }
 
-LinkEvent Backlog::readRecord(const uint8_t* at, Frame& frame, size_t& length)
-{
+LinkEvent Backlog::readRecord(const uint8_t* at, Frame& frame, size_t& length) {
     record_header header;
     std::memcpy(&header, at, sizeof header);
     length = header.length;
@@ -147,8 +139,7 @@ LinkEvent Backlog::readRecord(const uint8_t* at, Frame& frame, size_t& length)
     return static_cast<LinkEvent>(header.event);
 }
 
-uint64_t Backlog::queuedBytes() const
-{
+uint64_t Backlog::queuedBytes() const {
     const uint64_t in = in_.load(std::memory_order_relaxed), out = out_.load(std::memory_order_relaxed);
     return in > out ? in - out : 0;
 }

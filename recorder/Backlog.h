@@ -88,8 +88,7 @@ private:
 };
 
 template <class Handler>
-size_t Backlog::consume(std::chrono::milliseconds timeout, Handler&& handle)
-{
+size_t Backlog::consume(std::chrono::milliseconds timeout, Handler&& handle) {
     if (!waitForRecords(timeout))
         return 0;
     size_t count = 0;

@@ -10,8 +10,7 @@
 namespace recorder {
 namespace {
 
-Party otherParty(Party party)
-{
+Party otherParty(Party party) {
     switch (party) {
     case Party::Caller: return Party::Callee;
     case Party::Callee: return Party::Caller;
@@ -19,13 +18,11 @@ Party otherParty(Party party)
     }
 }
 
-Json::Array texts(const std::vector<std::string>& values)
-{
+Json::Array texts(const std::vector<std::string>& values) {
     return Json::Array(values.begin(), values.end());
 }
 
-Json::Array codecNames(const std::vector<Codec>& codecs)
-{
+Json::Array codecNames(const std::vector<Codec>& codecs) {
     Json::Array names;
     for (const Codec& codec : codecs)
         names.emplace_back(codec.name.empty() ? std::to_string(codec.payloadType) : codec.name);
@@ -34,8 +31,7 @@ Json::Array codecNames(const std::vector<Codec>& codecs)
 
 }  // namespace
 
-const char* partyName(Party party)
-{
+const char* partyName(Party party) {
     switch (party) {
     case Party::Caller: return "caller";
     case Party::Callee: return "callee";
@@ -44,24 +40,21 @@ const char* partyName(Party party)
 }
 
 Call::Call(CallInfo info, std::filesystem::path folder, FileCache& files)
-    : info_(std::move(info)), folder_(std::move(folder)), lastActivity_(info_.start),
-      pcap_(files, folder_ / "call.pcap")
-{
-}
+    : info_(std::move(info)),
+      folder_(std::move(folder)),
+      lastActivity_(info_.start),
+      pcap_(files, folder_ / "call.pcap") {}
 
-std::string Call::name() const
-{
+std::string Call::name() const {
     return info_.signalling == Signalling::Sip ? info_.callId : "with H.323 reference " + info_.callReference;
 }
 
-void Call::end(std::string reason, TimePoint when)
-{
+void Call::end(std::string reason, TimePoint when) {
     info_.endReason = std::move(reason);
     info_.end = when;
 }
 
-std::vector<Endpoint> Call::replaceMedia(Party owner, std::vector<MediaAddress> addresses)
-{
+std::vector<Endpoint> Call::replaceMedia(Party owner, std::vector<MediaAddress> addresses) {
     std::vector<Endpoint> dropped;
     auto kept = std::remove_if(media_.begin(), media_.end(), [&](const MediaAddress& old) {
         if (old.owner != owner)
@@ -81,8 +74,7 @@ std::vector<Endpoint> Call::replaceMedia(Party owner, std::vector<MediaAddress> 
     return dropped;
 }
 
-void Call::addMedia(MediaAddress address)
-{
+void Call::addMedia(MediaAddress address) {
     const bool known = std::any_of(media_.begin(), media_.end(),
                                    [&](const MediaAddress& old) { return old.address == address.address; });
     if (!known) {
@@ -91,31 +83,27 @@ void Call::addMedia(MediaAddress address)
     }
 }
 
-void Call::recordSip(const Frame& frame)
-{
+void Call::recordSip(const Frame& frame) {
     lastActivity_ = frame.arrival;
     ++signallingPackets_;
     pcap_.write(frame.arrival, frame.source, frame.destination, frame.payload);
     keepMessage(frame, frame.payload.substr(0, frame.payload.find_first_of("\r\n")));
 }
 
-void Call::recordH323(const Frame& frame)
-{
+void Call::recordH323(const Frame& frame) {
     lastActivity_ = frame.arrival;
     ++signallingPackets_;
     descriptions_.emplace_back(frame.payload.substr(0, frame.payload.find('\0')));
     keepMessage(frame, descriptions_.back());
 }
 
-void Call::keepMessage(const Frame& frame, std::string_view line)
-{
+void Call::keepMessage(const Frame& frame, std::string_view line) {
     if (messages_.size() < kMaxMessages)
         messages_.push_back(
             {frame.arrival, frame.source, frame.destination, std::string(line.substr(0, kMaxLineLength))});
 }
 
-void Call::recordRtp(const Frame& frame)
-{
+void Call::recordRtp(const Frame& frame) {
     lastActivity_ = frame.arrival;
     pcap_.write(frame.arrival, frame.source, frame.destination, frame.payload);
     if (looksLikeRtcp(frame.payload)) {
@@ -137,8 +125,7 @@ void Call::recordRtp(const Frame& frame)
 }
 
 // RTCP reports go to the stream whose SSRC they name, wherever they were sent.
-void Call::recordRtcp(const Frame& frame)
-{
+void Call::recordRtcp(const Frame& frame) {
     const RtcpCompound rtcp = parseRtcp(frame.payload);
     for (Stream& stream : streams_) {
         for (const SenderReport& report : rtcp.senderReports)
@@ -150,15 +137,13 @@ void Call::recordRtcp(const Frame& frame)
     }
 }
 
-Call::Stream* Call::streamAt(const Endpoint& destination)
-{
+Call::Stream* Call::streamAt(const Endpoint& destination) {
     const auto found = std::find_if(streams_.begin(), streams_.end(),
                                     [&](const Stream& stream) { return stream.destination == destination; });
     return found == streams_.end() ? nullptr : &*found;
 }
 
-Call::Stream& Call::streamTo(const Frame& frame)
-{
+Call::Stream& Call::streamTo(const Frame& frame) {
     if (Stream* known = streamAt(frame.destination))
         return *known;
 
@@ -175,8 +160,7 @@ Call::Stream& Call::streamTo(const Frame& frame)
     return streams_.back();
 }
 
-const Call::PayloadNames& Call::namesOf(Stream& stream, int payloadType) const
-{
+const Call::PayloadNames& Call::namesOf(Stream& stream, int payloadType) const {
     PayloadNames& names = stream.names;
     if (names.mediaVersion != mediaVersion_ || names.payloadType != payloadType) {
         names.mediaVersion = mediaVersion_;
@@ -189,21 +173,18 @@ const Call::PayloadNames& Call::namesOf(Stream& stream, int payloadType) const
     return names;
 }
 
-Party Call::ownerOf(const Endpoint& address) const
-{
-    const auto found = std::find_if(media_.begin(), media_.end(),
-                                    [&](const MediaAddress& media) { return media.address == address; });
+Party Call::ownerOf(const Endpoint& address) const {
+    const auto found =
+        std::find_if(media_.begin(), media_.end(), [&](const MediaAddress& media) { return media.address == address; });
     return found == media_.end() ? Party::Unknown : found->owner;
 }
 
-std::string Call::codecName(const Stream& stream) const
-{
+std::string Call::codecName(const Stream& stream) const {
     return codecName(stream.destination, stream.payloadType);
 }
 
 // The signalling's name for a payload type sent to `destination`, else the name it has without one.
-std::string Call::codecName(const Endpoint& destination, int payloadType) const
-{
+std::string Call::codecName(const Endpoint& destination, int payloadType) const {
     for (const MediaAddress& media : media_)
         if (media.address == destination)
             for (const Codec& codec : media.codecs)
@@ -213,8 +194,7 @@ std::string Call::codecName(const Endpoint& destination, int payloadType) const
 }
 
 // The RFC 4733 event codec that the stream's receiver offered, else that any party offered.
-const Codec* Call::telephoneEvent(const Stream& stream) const
-{
+const Codec* Call::telephoneEvent(const Stream& stream) const {
     const Codec* anyone = nullptr;
     for (const MediaAddress& media : media_) {
         const Codec* codec = recorder::telephoneEvent(media.codecs);
@@ -226,16 +206,14 @@ const Codec* Call::telephoneEvent(const Stream& stream) const
     return anyone;
 }
 
-void Call::close()
-{
+void Call::close() {
     pcap_.close();
 }
 
 // Every RTP packet of a stream is in call.pcap with its arrival time, so the audio comes out as
 // it would have from the packets as they came. Payload types are named by the media as the call
 // ended.
-void Call::decodeAudio(CallAudio& audio)
-{
+void Call::decodeAudio(CallAudio& audio) {
     PcapReader pcap;
     if (!pcap.open(folder_ / "call.pcap"))
         return;
@@ -253,8 +231,7 @@ void Call::decodeAudio(CallAudio& audio)
 }
 
 // New fields follow the older ones, whose order readers rely on.
-Json Call::streamJson(const Stream& stream) const
-{
+Json Call::streamJson(const Stream& stream) const {
     const std::string codec = codecName(stream);
     const QualitySummary quality = stream.quality.summary(clockRate(codec));
     const auto optional = [](const auto& value) { return value ? Json(*value) : Json(); };
@@ -262,10 +239,10 @@ Json Call::streamJson(const Stream& stream) const
     // overstates it and is left out. 20 ms per packet unless the timestamps tell.
     const uint64_t expected = quality.received + quality.lost;
     const double lossPercent = expected > 0 ? 100.0 * quality.lost / expected : 0.0;
-    const std::optional<double> mos =
-        quality.received > 0 ? EModel::mos(codec, lossPercent, quality.jitterMs.value_or(0),
-                                           quality.packetMs > 0 ? quality.packetMs : 20.0)
-                             : std::nullopt;
+    const std::optional<double> mos = quality.received > 0
+                                          ? EModel::mos(codec, lossPercent, quality.jitterMs.value_or(0),
+                                                        quality.packetMs > 0 ? quality.packetMs : 20.0)
+                                          : std::nullopt;
     return Json::Object{
         {"destination", toString(stream.destination)},
         {"source", toString(stream.source)},
@@ -289,8 +266,7 @@ Json Call::streamJson(const Stream& stream) const
     };
 }
 
-Json Call::toJson(bool wavWritten) const
-{
+Json Call::toJson(bool wavWritten) const {
     Json::Array media;
     for (const MediaAddress& address : media_)
         media.push_back(Json::Object{
@@ -310,29 +286,28 @@ Json Call::toJson(bool wavWritten) const
     if (!sip)
         call.emplace_back("call_reference", info_.callReference);
     call.insert(call.end(), {
-        {"caller", info_.caller},
-        {"callee", info_.callee},
-        {"start", isoTime(info_.start)},
-        {"end", isoTime(info_.end)},
-        {"duration", seconds(info_.end - info_.start)},
-        {"end_reason", info_.endReason},
-        {"folder", folder_.string()},
-        {"signalling_packets", signallingPackets_},
-        {"media", std::move(media)},
-        {"streams", std::move(streams)},
-    });
+                                {"caller", info_.caller},
+                                {"callee", info_.callee},
+                                {"start", isoTime(info_.start)},
+                                {"end", isoTime(info_.end)},
+                                {"duration", seconds(info_.end - info_.start)},
+                                {"end_reason", info_.endReason},
+                                {"folder", folder_.string()},
+                                {"signalling_packets", signallingPackets_},
+                                {"media", std::move(media)},
+                                {"streams", std::move(streams)},
+                            });
     call.emplace_back("dtmf", dtmf_.toJson());
     if (!sip)
         call.emplace_back("h323_descriptions", texts(descriptions_));
     call.emplace_back("files", Json::Object{
-        {"pcap", "call.pcap"},
-        {"wav", wavWritten ? Json("call.wav") : Json()},
-    });
+                                   {"pcap", "call.pcap"},
+                                   {"wav", wavWritten ? Json("call.wav") : Json()},
+                               });
     return call;
 }
 
-Json Call::messagesJson() const
-{
+Json Call::messagesJson() const {
     Json::Array messages;
     for (const SignallingMessage& message : messages_)
         messages.push_back(Json::Object{

@@ -101,7 +101,7 @@ private:
         int channel = 0;
         int payloadType = -1;
         bool decoded = false;  // some of its audio is in call.wav
-        PayloadNames names;     // of the last payload type seen
+        PayloadNames names;    // of the last payload type seen
         uint64_t packets = 0, bytes = 0;
         StreamQuality quality;
     };
@@ -122,7 +122,7 @@ private:
     TimePoint lastActivity_;
     PcapWriter pcap_;
     uint64_t signallingPackets_ = 0;
-    std::vector<std::string> descriptions_;  // H.323 texts as received
+    std::vector<std::string> descriptions_;    // H.323 texts as received
     std::vector<SignallingMessage> messages_;  // the first kMaxMessages
     std::vector<MediaAddress> media_;
     uint64_t mediaVersion_ = 1;  // changes with media_, so that streams look their names up again

@@ -15,16 +15,14 @@ constexpr size_t kMaxIdLength = 40;
 constexpr Milliseconds kUpkeepTick{1000};
 
 // Call-IDs may hold '/', '@' and anything else; folder names keep the safe characters only.
-std::string folderSafe(std::string_view id)
-{
+std::string folderSafe(std::string_view id) {
     std::string safe;
     for (const char c : id.substr(0, kMaxIdLength))
         safe += std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '-' ? c : '_';
     return safe;
 }
 
-std::string compactTime(TimePoint time)
-{
+std::string compactTime(TimePoint time) {
     const std::time_t whole = Clock::to_time_t(time);
     std::tm utc{};
     gmtime_r(&whole, &utc);
@@ -33,8 +31,7 @@ std::string compactTime(TimePoint time)
     return text;
 }
 
-bool writeText(const std::filesystem::path& path, const std::string& text, std::ios::openmode mode)
-{
+bool writeText(const std::filesystem::path& path, const std::string& text, std::ios::openmode mode) {
     std::ofstream out(path, mode);
     out << text;
     out.close();
@@ -45,13 +42,11 @@ bool writeText(const std::filesystem::path& path, const std::string& text, std::
 
 }  // namespace
 
-CallArchive::~CallArchive()
-{
+CallArchive::~CallArchive() {
     finish();
 }
 
-bool CallArchive::prepare()
-{
+bool CallArchive::prepare() {
     std::error_code error;
     std::filesystem::create_directories(root_, error);
     if (error) {
@@ -62,8 +57,7 @@ bool CallArchive::prepare()
     return true;
 }
 
-std::filesystem::path CallArchive::newFolder(TimePoint start, std::string_view callId)
-{
+std::filesystem::path CallArchive::newFolder(TimePoint start, std::string_view callId) {
     const std::string base = compactTime(start) + '_' + folderSafe(callId);
     std::filesystem::path folder = root_ / base;
     std::error_code error;
@@ -74,15 +68,13 @@ std::filesystem::path CallArchive::newFolder(TimePoint start, std::string_view c
     return folder;
 }
 
-void CallArchive::store(std::unique_ptr<Call> call)
-{
+void CallArchive::store(std::unique_ptr<Call> call) {
     std::lock_guard<std::mutex> lock(mutex_);
     queue_.push_back(std::move(call));
     changed_.notify_one();
 }
 
-void CallArchive::finish()
-{
+void CallArchive::finish() {
     {
         std::lock_guard<std::mutex> lock(mutex_);
         finishing_ = true;
@@ -92,8 +84,7 @@ void CallArchive::finish()
         writer_.join();
 }
 
-void CallArchive::writeCalls()
-{
+void CallArchive::writeCalls() {
     std::unique_lock<std::mutex> lock(mutex_);
     for (;;) {
         lock.unlock();
@@ -116,8 +107,7 @@ void CallArchive::writeCalls()
 
 // The call was closed on the thread that recorded it: its pcap is complete, and call.wav is
 // decoded from it here. Each file is encrypted as soon as nothing more reads or writes it.
-void CallArchive::write(Call& call)
-{
+void CallArchive::write(Call& call) {
     CallAudio audio(audioFiles_, call.folder());
     call.decodeAudio(audio);
     audio.close();
@@ -134,8 +124,7 @@ void CallArchive::write(Call& call)
 }
 
 // A file that cannot be encrypted is removed rather than left in clear.
-void CallArchive::seal(const Call& call, const char* name)
-{
+void CallArchive::seal(const Call& call, const char* name) {
     if (!publicKey_)
         return;
     const std::filesystem::path clear = call.folder() / name;
@@ -149,8 +138,7 @@ void CallArchive::seal(const Call& call, const char* name)
 }
 
 // The index reads the record back as JSON, which must be UTF-8 whatever the wire brought.
-void CallArchive::addToIndex(const Call& call, const Json& record)
-{
+void CallArchive::addToIndex(const Call& call, const Json& record) {
     IndexedCall indexed;
     try {
         indexed.record = nlohmann::json::parse(validUtf8(record.dump()));
@@ -165,8 +153,7 @@ void CallArchive::addToIndex(const Call& call, const Json& record)
     index_->add(std::move(indexed));
 }
 
-void CallArchive::upkeep()
-{
+void CallArchive::upkeep() {
     if (index_)
         index_->upkeep(Clock::now());
 }

@@ -41,15 +41,13 @@ constexpr size_t kChunkFrames = 16384;
 
 using File = std::unique_ptr<FILE, int (*)(FILE*)>;
 
-File openFile(const std::filesystem::path& path, const char* mode)
-{
+File openFile(const std::filesystem::path& path, const char* mode) {
     return File(std::fopen(path.c_str(), mode), std::fclose);
 }
 
 // Linear interpolation to twice the rate, each source sample on the odd place after the point
 // halfway from its predecessor, so that taking the odd places gives the source back exactly.
-std::vector<int16_t> interpolate(const std::vector<int16_t>& narrow, int16_t& last)
-{
+std::vector<int16_t> interpolate(const std::vector<int16_t>& narrow, int16_t& last) {
     std::vector<int16_t> wide(narrow.size() * kNarrowbandStep);
     for (size_t i = 0; i < narrow.size(); ++i) {
         wide[2 * i] = static_cast<int16_t>((last + narrow[i]) / 2);
@@ -60,14 +58,12 @@ std::vector<int16_t> interpolate(const std::vector<int16_t>& narrow, int16_t& la
 }
 
 // `count` samples from `file` on, zeros where it ends.
-void readSamples(FILE* file, std::vector<int16_t>& samples, size_t count)
-{
+void readSamples(FILE* file, std::vector<int16_t>& samples, size_t count) {
     const size_t read = file ? std::fread(samples.data(), sizeof(int16_t), count, file) : 0;
     std::fill(samples.data() + read, samples.data() + count, 0);
 }
 
-wav_header wavHeader(int rate, uint32_t dataSize)
-{
+wav_header wavHeader(int rate, uint32_t dataSize) {
     wav_header header{};
     std::memcpy(header.riff_id, "RIFF", 4);
     header.riff_size = 36 + dataSize;
@@ -89,17 +85,13 @@ wav_header wavHeader(int rate, uint32_t dataSize)
 
 CallAudio::CallAudio(FileCache& files, const std::filesystem::path& folder)
     : channels_{Channel(SampleSpool(files, folder / "channel-0.raw")),
-                Channel(SampleSpool(files, folder / "channel-1.raw"))}
-{
-}
+                Channel(SampleSpool(files, folder / "channel-1.raw"))} {}
 
-CallAudio::~CallAudio()
-{
+CallAudio::~CallAudio() {
     close();
 }
 
-bool CallAudio::add(int channel, TimePoint arrival, const RtpPacket& packet, std::string_view codecName)
-{
+bool CallAudio::add(int channel, TimePoint arrival, const RtpPacket& packet, std::string_view codecName) {
     if (closed_ || channel < 0 || channel >= kChannels)
         return false;
     Channel& target = channels_[static_cast<size_t>(channel)];
@@ -115,16 +107,15 @@ bool CallAudio::add(int channel, TimePoint arrival, const RtpPacket& packet, std
     const std::vector<int16_t> decoded = target.decoder->decode(packet.payload);
     put(target, index, decoded);
     target.lastCount = decoded.size();
-    const auto rtpLength = static_cast<int64_t>(decoded.size()) * target.decoder->clockRate() /
-                           target.decoder->sampleRate();
+    const auto rtpLength =
+        static_cast<int64_t>(decoded.size()) * target.decoder->clockRate() / target.decoder->sampleRate();
     target.nextTimestamp = packet.timestamp + static_cast<uint32_t>(rtpLength);
     return true;
 }
 
 // The channel's decoder for the payload type, new when the type changes; a payload that is not
 // decoded leaves the current one as it is.
-bool CallAudio::selectDecoder(Channel& channel, int payloadType, std::string_view codecName)
-{
+bool CallAudio::selectDecoder(Channel& channel, int payloadType, std::string_view codecName) {
     if (channel.decoder && channel.payloadType == payloadType)
         return true;
     std::unique_ptr<AudioDecoder> decoder = makeAudioDecoder(codecName, payloadType);
@@ -138,20 +129,17 @@ bool CallAudio::selectDecoder(Channel& channel, int payloadType, std::string_vie
 }
 
 // True when the packet follows the last one after exactly one packet of the same length.
-bool CallAudio::lostOnePacket(const Channel& channel, const RtpPacket& packet) const
-{
+bool CallAudio::lostOnePacket(const Channel& channel, const RtpPacket& packet) const {
     if (!channel.anchored || packet.ssrc != channel.ssrc || channel.lastCount == 0)
         return false;
     const int64_t lastLength = static_cast<int32_t>(channel.nextTimestamp - channel.lastTimestamp);
     return static_cast<int32_t>(packet.timestamp - channel.nextTimestamp) == lastLength;
 }
 
-int64_t CallAudio::place(Channel& channel, TimePoint arrival, const RtpPacket& packet)
-{
+int64_t CallAudio::place(Channel& channel, TimePoint arrival, const RtpPacket& packet) {
     // On the narrowband grid, so that narrowband samples always fall on the odd places.
-    const int64_t arrivalIndex =
-        std::chrono::duration_cast<std::chrono::microseconds>(arrival - *origin_).count() * kNarrowbandRate /
-        1000000 * kNarrowbandStep;
+    const int64_t arrivalIndex = std::chrono::duration_cast<std::chrono::microseconds>(arrival - *origin_).count() *
+                                 kNarrowbandRate / 1000000 * kNarrowbandStep;
     const int64_t step = static_cast<int32_t>(packet.timestamp - channel.lastTimestamp);
     if (!channel.anchored || packet.ssrc != channel.ssrc ||
         std::abs(step) > kMaxStepSeconds * channel.decoder->clockRate()) {
@@ -165,14 +153,12 @@ int64_t CallAudio::place(Channel& channel, TimePoint arrival, const RtpPacket& p
     return timelineIndex(channel, packet.timestamp);
 }
 
-int64_t CallAudio::timelineIndex(const Channel& channel, uint32_t timestamp) const
-{
+int64_t CallAudio::timelineIndex(const Channel& channel, uint32_t timestamp) const {
     const int64_t elapsed = static_cast<int32_t>(timestamp - channel.anchorTimestamp);
     return channel.anchorIndex + elapsed * kTimelineRate / channel.decoder->clockRate();
 }
 
-void CallAudio::put(Channel& channel, int64_t index, const std::vector<int16_t>& decoded)
-{
+void CallAudio::put(Channel& channel, int64_t index, const std::vector<int16_t>& decoded) {
     const bool wide = channel.decoder->sampleRate() == kWidebandRate;
     const std::vector<int16_t> samples = wide ? decoded : interpolate(decoded, channel.lastSample);
     const int64_t end = index + static_cast<int64_t>(samples.size());
@@ -182,8 +168,7 @@ void CallAudio::put(Channel& channel, int64_t index, const std::vector<int16_t>&
     channel.samples.write(index, samples.data(), samples.size());
 }
 
-void CallAudio::close()
-{
+void CallAudio::close() {
     if (closed_)
         return;
     closed_ = true;
@@ -193,39 +178,33 @@ void CallAudio::close()
     }
 }
 
-bool CallAudio::empty() const
-{
+bool CallAudio::empty() const {
     return length() == 0;
 }
 
-int64_t CallAudio::length() const
-{
+int64_t CallAudio::length() const {
     int64_t longest = 0;
     for (const Channel& channel : channels_)
         longest = std::max(longest, channel.samples.length());
     return longest;
 }
 
-int CallAudio::sampleRate() const
-{
+int CallAudio::sampleRate() const {
     return wideband_ ? kWidebandRate : kNarrowbandRate;
 }
 
-double CallAudio::duration() const
-{
+double CallAudio::duration() const {
     return static_cast<double>(length()) / kTimelineRate;
 }
 
-size_t CallAudio::bufferedSamples() const
-{
+size_t CallAudio::bufferedSamples() const {
     size_t held = 0;
     for (const Channel& channel : channels_)
         held += channel.samples.bufferedSamples();
     return held;
 }
 
-bool CallAudio::writeWav(const std::filesystem::path& path) const
-{
+bool CallAudio::writeWav(const std::filesystem::path& path) const {
     const auto step = static_cast<size_t>(kTimelineRate / sampleRate());
     const auto frames = static_cast<uint64_t>(length()) / step;
     const wav_header header = wavHeader(sampleRate(), static_cast<uint32_t>(frames * kChannels * sizeof(int16_t)));

@@ -43,8 +43,8 @@ public:
     void close();
 
     bool empty() const;
-    int sampleRate() const;  // of call.wav
-    double duration() const;  // seconds
+    int sampleRate() const;          // of call.wav
+    double duration() const;         // seconds
     size_t bufferedSamples() const;  // held in memory, at most kChannels * SampleSpool::kWindowSamples
 
     // 16-bit PCM, one channel per direction, assembled from the channel files a chunk at a time;

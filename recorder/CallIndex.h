@@ -20,8 +20,8 @@ struct IndexedCall {
 
 // What the call list asks for; empty or absent fields do not filter.
 struct CallQuery {
-    std::string party;   // part of the caller or of the callee
-    std::string callId;  // part of the Call-ID
+    std::string party;                    // part of the caller or of the callee
+    std::string callId;                   // part of the Call-ID
     std::optional<int64_t> fromMs, toMs;  // the call started within
     std::string signalling;               // "sip" or "h323"
     std::optional<double> mosBelow;       // a stream's MOS under this

@@ -9,25 +9,21 @@ namespace {
 
 // Requests come from the party named in From, responses from the one in To; the caller is
 // the party whose tag was in the From of the first INVITE.
-Party sender(const SipMessage& message, const std::string& callerTag)
-{
+Party sender(const SipMessage& message, const std::string& callerTag) {
     return message.isRequest == (message.fromTag == callerTag) ? Party::Caller : Party::Callee;
 }
 
-bool answersInvite(const SipMessage& message)
-{
+bool answersInvite(const SipMessage& message) {
     return !message.isRequest && message.cseqMethod == "INVITE";
 }
 
 // A final answer that refuses the call. Authentication challenges are not: the caller asks
 // again in the same call.
-bool rejectsCall(const SipMessage& message)
-{
+bool rejectsCall(const SipMessage& message) {
     return answersInvite(message) && message.status >= 300 && message.status != 401 && message.status != 407;
 }
 
-std::vector<MediaAddress> mediaOf(const std::vector<SdpMedia>& sdp)
-{
+std::vector<MediaAddress> mediaOf(const std::vector<SdpMedia>& sdp) {
     std::vector<MediaAddress> addresses;
     for (const SdpMedia& media : sdp)
         addresses.push_back({media.address, Party::Unknown, media.codecs});
@@ -36,8 +32,7 @@ std::vector<MediaAddress> mediaOf(const std::vector<SdpMedia>& sdp)
 
 // H.323 descriptions name the RTP address only; RTCP takes the next port (H.225 and RFC 3550's
 // convention).
-Endpoint nextPort(const Endpoint& rtp)
-{
+Endpoint nextPort(const Endpoint& rtp) {
     return rtp.port < 65535 ? Endpoint{rtp.ip, static_cast<uint16_t>(rtp.port + 1)} : Endpoint{};
 }
 
@@ -45,12 +40,9 @@ Endpoint nextPort(const Endpoint& rtp)
 
 CallTracker::CallTracker(CommandSink& sniffer, CallArchive& archive, FileCache& files, Milliseconds idle,
                          Milliseconds linger)
-    : sniffer_(sniffer), archive_(archive), files_(files), idle_(idle), linger_(linger)
-{
-}
+    : sniffer_(sniffer), archive_(archive), files_(files), idle_(idle), linger_(linger) {}
 
-void CallTracker::onFrame(const Frame& frame)
-{
+void CallTracker::onFrame(const Frame& frame) {
     switch (frame.protocol) {
     case Protocol::Sip: onSip(frame); break;
     case Protocol::Rtp: onRtp(frame); break;
@@ -59,12 +51,10 @@ void CallTracker::onFrame(const Frame& frame)
     }
 }
 
-void CallTracker::onSip(const Frame& frame)
-{
+void CallTracker::onSip(const Frame& frame) {
     const auto message = parseSip(frame.payload);
     if (!message || message->callId.empty()) {
-        log::warn() << "Not a SIP message from " << toString(frame.source) << ", " << frame.payload.size()
-                    << " bytes";
+        log::warn() << "Not a SIP message from " << toString(frame.source) << ", " << frame.payload.size() << " bytes";
         return;
     }
     const std::string key = "sip:" + message->callId;
@@ -87,8 +77,7 @@ void CallTracker::onSip(const Frame& frame)
         followSip(tracked, *message, frame.arrival);
 }
 
-void CallTracker::followSip(Tracked& tracked, const SipMessage& message, TimePoint arrival)
-{
+void CallTracker::followSip(Tracked& tracked, const SipMessage& message, TimePoint arrival) {
     Call& call = *tracked.call;
     if (!message.sdp.empty() && (message.isRequest || message.status < 300)) {
         const std::vector<SdpMedia> sdp = parseSdpAudio(message.sdp);
@@ -108,8 +97,7 @@ void CallTracker::followSip(Tracked& tracked, const SipMessage& message, TimePoi
         end(call, "rejected " + std::to_string(message.status), arrival);
 }
 
-void CallTracker::onH323(const Frame& frame)
-{
+void CallTracker::onH323(const Frame& frame) {
     const H323Description description = parseH323Description(frame.payload);
     if (description.callReference.empty()) {
         log::warn() << "H.323 description without a call reference from " << toString(frame.source);
@@ -138,8 +126,7 @@ void CallTracker::onH323(const Frame& frame)
         followH323(tracked, description, frame.arrival);
 }
 
-void CallTracker::followH323(Tracked& tracked, const H323Description& description, TimePoint arrival)
-{
+void CallTracker::followH323(Tracked& tracked, const H323Description& description, TimePoint arrival) {
     Call& call = *tracked.call;
     CallInfo& info = call.info();
     const auto learn = [](std::string& field, const std::string& value) {
@@ -165,8 +152,7 @@ void CallTracker::followH323(Tracked& tracked, const H323Description& descriptio
         end(call, "release complete", arrival);
 }
 
-void CallTracker::onRtp(const Frame& frame)
-{
+void CallTracker::onRtp(const Frame& frame) {
     const auto found = routes_.find(frame.destination);
     if (found == routes_.end()) {
         log::debug() << "RTP to " << toString(frame.destination) << " belongs to no call";
@@ -175,8 +161,7 @@ void CallTracker::onRtp(const Frame& frame)
     found->second.call->recordRtp(frame);
 }
 
-CallTracker::Calls::iterator CallTracker::open(std::string key, CallInfo info, std::string_view folderId)
-{
+CallTracker::Calls::iterator CallTracker::open(std::string key, CallInfo info, std::string_view folderId) {
     const std::filesystem::path folder = archive_.newFolder(info.start, folderId);
     Tracked tracked;
     tracked.call = std::make_unique<Call>(std::move(info), folder, files_);
@@ -184,8 +169,7 @@ CallTracker::Calls::iterator CallTracker::open(std::string key, CallInfo info, s
     return calls_.emplace(std::move(key), std::move(tracked)).first;
 }
 
-void CallTracker::route(const Endpoint& address, Call& call, const Endpoint& rtcp)
-{
+void CallTracker::route(const Endpoint& address, Call& call, const Endpoint& rtcp) {
     auto [found, added] = routes_.try_emplace(address, Route{&call, false, {}});
     Route& route = found->second;
     if (!added && route.call != &call) {
@@ -210,8 +194,7 @@ void CallTracker::route(const Endpoint& address, Call& call, const Endpoint& rtc
     this->route(rtcp, call);
 }
 
-void CallTracker::unroute(const Endpoint& address, const Call& call)
-{
+void CallTracker::unroute(const Endpoint& address, const Call& call) {
     const auto found = routes_.find(address);
     if (found == routes_.end() || found->second.call != &call)
         return;
@@ -225,8 +208,7 @@ void CallTracker::unroute(const Endpoint& address, const Call& call)
 
 // A call's routes are its media addresses and their RTCP addresses, so ending or finishing it
 // costs a look-up per address, not a walk over every route of every call. In address order.
-std::vector<Endpoint> CallTracker::routesOf(const Call& call) const
-{
+std::vector<Endpoint> CallTracker::routesOf(const Call& call) const {
     std::vector<Endpoint> addresses;
     for (const MediaAddress& media : call.media()) {
         const auto found = routes_.find(media.address);
@@ -242,8 +224,7 @@ std::vector<Endpoint> CallTracker::routesOf(const Call& call) const
     return addresses;
 }
 
-void CallTracker::end(Call& call, std::string reason, TimePoint when)
-{
+void CallTracker::end(Call& call, std::string reason, TimePoint when) {
     log::info() << "Call " << call.name() << " ended: " << reason;
     call.end(std::move(reason), when);
     for (const Endpoint& address : routesOf(call)) {
@@ -254,8 +235,7 @@ void CallTracker::end(Call& call, std::string reason, TimePoint when)
     }
 }
 
-CallTracker::Calls::iterator CallTracker::finish(Calls::iterator found)
-{
+CallTracker::Calls::iterator CallTracker::finish(Calls::iterator found) {
     Call& call = *found->second.call;
     call.close();
     for (const Endpoint& address : routesOf(call))
@@ -265,8 +245,7 @@ CallTracker::Calls::iterator CallTracker::finish(Calls::iterator found)
     return calls_.erase(found);
 }
 
-void CallTracker::tick(TimePoint now)
-{
+void CallTracker::tick(TimePoint now) {
     for (auto found = calls_.begin(); found != calls_.end();) {
         Call& call = *found->second.call;
         if (!call.ended() && now - call.lastActivity() >= idle_)
@@ -276,8 +255,7 @@ void CallTracker::tick(TimePoint now)
     }
 }
 
-void CallTracker::resendRoutes()
-{
+void CallTracker::resendRoutes() {
     std::vector<Endpoint> forwarded;
     for (const auto& [address, route] : routes_)
         if (route.forwarded)
@@ -289,8 +267,7 @@ void CallTracker::resendRoutes()
         log::info() << "Asked the sniffer again for RTP to " << forwarded.size() << " addresses";
 }
 
-void CallTracker::finishAll(TimePoint now)
-{
+void CallTracker::finishAll(TimePoint now) {
     for (auto& [key, tracked] : calls_)
         if (!tracked.call->ended())
             end(*tracked.call, "shutdown", now);

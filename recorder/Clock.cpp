@@ -5,8 +5,7 @@
 
 namespace recorder {
 
-std::string isoTime(TimePoint time)
-{
+std::string isoTime(TimePoint time) {
     const auto since = time.time_since_epoch();
     const std::time_t whole = std::chrono::duration_cast<std::chrono::seconds>(since).count();
     const auto millis = std::chrono::duration_cast<Milliseconds>(since).count() % 1000;
@@ -18,8 +17,7 @@ std::string isoTime(TimePoint time)
     return text;
 }
 
-double seconds(Clock::duration duration)
-{
+double seconds(Clock::duration duration) {
     return std::chrono::duration<double>(duration).count();
 }
 

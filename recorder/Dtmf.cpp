@@ -6,8 +6,7 @@
 namespace recorder {
 
 // RFC 4733 2.3: event (8 bits), end 1 bit, reserved 1, volume 6, duration (16 bits).
-void DtmfEvents::add(const RtpPacket& packet, TimePoint arrival, int clockRate, const char* speaker)
-{
+void DtmfEvents::add(const RtpPacket& packet, TimePoint arrival, int clockRate, const char* speaker) {
     static constexpr char kDigits[] = "0123456789*#ABCD";
     if (packet.payload.size() < 4)
         return;
@@ -29,8 +28,7 @@ void DtmfEvents::add(const RtpPacket& packet, TimePoint arrival, int clockRate, 
     event.start = std::min(event.start, arrival);
 }
 
-Json::Array DtmfEvents::toJson() const
-{
+Json::Array DtmfEvents::toJson() const {
     Json::Array events;
     for (const Event& event : events_)
         events.push_back(Json::Object{

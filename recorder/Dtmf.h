@@ -27,8 +27,8 @@ public:
 private:
     struct Event {
         char digit = 0;
-        TimePoint start;         // arrival of its first packet
-        uint32_t duration = 0;   // the longest its packets gave, timestamp units
+        TimePoint start;        // arrival of its first packet
+        uint32_t duration = 0;  // the longest its packets gave, timestamp units
         int clockRate = 8000;
         std::string speaker;
     };

@@ -14,27 +14,22 @@ namespace {
 // G.711's Bpl (its Appendix III PLC is of the same kind) and opus with 30, an assumption
 // for its stronger concealment.
 constexpr EModel::Impairment kCodecs[] = {
-    {"PCMU", 0, 25.1},
-    {"PCMA", 0, 25.1},
-    {"g711", 0, 25.1},  // H.323: g711Alaw64k, g711Ulaw64k
-    {"G729", 11, 19.0},  // G729, G729A, g729AnnexA, ...
-    {"G723", 15, 16.1},  // G.723.1 at 6.3 kbit/s; H.323's g7231 too
-    {"G722", 0, 25.1},
-    {"opus", 0, 30.0},
+    {"PCMU", 0, 25.1},  {"PCMA", 0, 25.1}, {"g711", 0, 25.1},  // H.323: g711Alaw64k, g711Ulaw64k
+    {"G729", 11, 19.0},                                        // G729, G729A, g729AnnexA, ...
+    {"G723", 15, 16.1},                                        // G.723.1 at 6.3 kbit/s; H.323's g7231 too
+    {"G722", 0, 25.1},  {"opus", 0, 30.0},
 };
 
 }  // namespace
 
-std::optional<EModel::Impairment> EModel::impairment(std::string_view codecName)
-{
+std::optional<EModel::Impairment> EModel::impairment(std::string_view codecName) {
     for (const Impairment& row : kCodecs)
         if (startsWithNoCase(codecName, row.codec))
             return row;
     return std::nullopt;
 }
 
-double EModel::rating(const Impairment& codec, double lossPercent, double jitterMs, double packetMs)
-{
+double EModel::rating(const Impairment& codec, double lossPercent, double jitterMs, double packetMs) {
     // Id, G.107's simplified form for delay without echo: 0.024 d + 0.11 (d - 177.3) H(d - 177.3).
     const double delay = std::min(2 * jitterMs, kMaxJitterBufferMs) + packetMs;
     const double id = 0.024 * delay + (delay > 177.3 ? 0.11 * (delay - 177.3) : 0.0);
@@ -44,15 +39,13 @@ double EModel::rating(const Impairment& codec, double lossPercent, double jitter
     return 93.2 - id - ieEff;
 }
 
-double EModel::mos(double r)
-{
+double EModel::mos(double r) {
     double value = r <= 0 ? 1.0 : r >= 100 ? 4.5 : 1 + 0.035 * r + r * (r - 60) * (100 - r) * 7e-6;
     value = std::clamp(value, 1.0, 4.5);
     return std::round(value * 100) / 100;
 }
 
-std::optional<double> EModel::mos(std::string_view codecName, double lossPercent, double jitterMs, double packetMs)
-{
+std::optional<double> EModel::mos(std::string_view codecName, double lossPercent, double jitterMs, double packetMs) {
     const auto codec = impairment(codecName);
     if (!codec)
         return std::nullopt;

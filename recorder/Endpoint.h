@@ -15,10 +15,7 @@ struct Endpoint {
 
     friend bool operator==(const Endpoint& a, const Endpoint& b) { return a.ip == b.ip && a.port == b.port; }
     friend bool operator!=(const Endpoint& a, const Endpoint& b) { return !(a == b); }
-    friend bool operator<(const Endpoint& a, const Endpoint& b)
-    {
-        return a.ip != b.ip ? a.ip < b.ip : a.port < b.port;
-    }
+    friend bool operator<(const Endpoint& a, const Endpoint& b) { return a.ip != b.ip ? a.ip < b.ip : a.port < b.port; }
 };
 
 struct EndpointHash {

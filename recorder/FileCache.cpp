@@ -20,23 +20,20 @@ constexpr size_t kMostOpen = 16384;
 
 FileCache::FileCache(size_t capacity) : capacity_(std::max<size_t>(capacity, 1)) {}
 
-FileCache::~FileCache()
-{
+FileCache::~FileCache() {
     for (Entry& entry : entries_)
         if (entry.fd >= 0)
             ::close(entry.fd);
 }
 
-size_t FileCache::defaultCapacity()
-{
+size_t FileCache::defaultCapacity() {
     rlimit limit{};
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur <= 2 * kReservedDescriptors)
         return kReservedDescriptors;
     return std::min<size_t>(limit.rlim_cur - kReservedDescriptors, kMostOpen);
 }
 
-FileCache::Id FileCache::add(std::filesystem::path path)
-{
+FileCache::Id FileCache::add(std::filesystem::path path) {
     Id id;
     if (free_.empty()) {
         id = entries_.size();
@@ -50,8 +47,7 @@ FileCache::Id FileCache::add(std::filesystem::path path)
     return id;
 }
 
-bool FileCache::writeAt(Id id, uint64_t offset, const void* data, size_t size)
-{
+bool FileCache::writeAt(Id id, uint64_t offset, const void* data, size_t size) {
     Entry& entry = entries_[id];
     const int fd = open(id);
     if (fd < 0)
@@ -75,8 +71,7 @@ bool FileCache::writeAt(Id id, uint64_t offset, const void* data, size_t size)
 }
 
 // The file's descriptor, most recent now; opening it may close the least recently written.
-int FileCache::open(Id id)
-{
+int FileCache::open(Id id) {
     Entry& entry = entries_[id];
     if (entry.fd >= 0) {
         lru_.splice(lru_.begin(), lru_, entry.recent);
@@ -98,8 +93,7 @@ int FileCache::open(Id id)
     return entry.fd;
 }
 
-void FileCache::close(Entry& entry)
-{
+void FileCache::close(Entry& entry) {
     if (entry.fd < 0)
         return;
     ::close(entry.fd);
@@ -107,8 +101,7 @@ void FileCache::close(Entry& entry)
     lru_.erase(entry.recent);
 }
 
-void FileCache::remove(Id id)
-{
+void FileCache::remove(Id id) {
     close(entries_[id]);
     entries_[id] = Entry{};
     free_.push_back(id);

@@ -18,13 +18,11 @@ constexpr size_t kFrameSamples = 80;
 
 G729Decoder::G729Decoder() : context_(initBcg729DecoderChannel()) {}
 
-G729Decoder::~G729Decoder()
-{
+G729Decoder::~G729Decoder() {
     closeBcg729DecoderChannel(context_);
 }
 
-std::vector<int16_t> G729Decoder::decode(std::string_view payload)
-{
+std::vector<int16_t> G729Decoder::decode(std::string_view payload) {
     const auto* bytes = reinterpret_cast<const uint8_t*>(payload.data());
     std::vector<int16_t> samples;
     size_t at = 0;
@@ -35,8 +33,7 @@ std::vector<int16_t> G729Decoder::decode(std::string_view payload)
     return samples;
 }
 
-std::vector<int16_t> G729Decoder::concealLoss(size_t count)
-{
+std::vector<int16_t> G729Decoder::concealLoss(size_t count) {
     const std::array<uint8_t, kFrameBytes> none{};
     std::vector<int16_t> samples;
     for (size_t frame = 0; frame < count / kFrameSamples; ++frame)
@@ -44,8 +41,7 @@ std::vector<int16_t> G729Decoder::concealLoss(size_t count)
     return samples;
 }
 
-void G729Decoder::decodeFrame(const uint8_t* frame, uint8_t length, bool erased, std::vector<int16_t>& samples)
-{
+void G729Decoder::decodeFrame(const uint8_t* frame, uint8_t length, bool erased, std::vector<int16_t>& samples) {
     const size_t at = samples.size();
     samples.resize(at + kFrameSamples);
     const bool sid = length == kSidBytes;

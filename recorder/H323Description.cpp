@@ -7,8 +7,7 @@ namespace {
 
 // A media text such as "1:fcodec:g711Ulaw64k 20,rtp:10.0.0.5 49170rcodec:g711Ulaw64k 20,rtp:10.0.0.5 49172".
 // Its parts follow each other without separators, so it is read prefix by prefix.
-void parseMediaText(std::string_view text, std::vector<H323Media>& media)
-{
+void parseMediaText(std::string_view text, std::vector<H323Media>& media) {
     std::string codec;
     while (!text.empty()) {
         if (startsWith(text, "fcodec:") || startsWith(text, "rcodec:")) {
@@ -30,8 +29,7 @@ void parseMediaText(std::string_view text, std::vector<H323Media>& media)
 
 }  // namespace
 
-H323Description parseH323Description(std::string_view text)
-{
+H323Description parseH323Description(std::string_view text) {
     text = text.substr(0, text.find('\0'));
     H323Description description;
     for (const std::string_view line : splitLines(text)) {

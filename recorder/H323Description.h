@@ -18,11 +18,11 @@ struct H323Media {
 
 // What the sniffer's text description of one H.323 signalling segment says.
 struct H323Description {
-    int type = -1;              // "t:"
-    std::string callReference;  // "r:"
-    std::string callId;         // "c:"
-    std::string caller;         // "s:"
-    std::string callee;         // "d:"
+    int type = -1;                 // "t:"
+    std::string callReference;     // "r:"
+    std::string callId;            // "c:"
+    std::string caller;            // "s:"
+    std::string callee;            // "d:"
     std::vector<H323Media> media;  // every "rtp:" address of the "m:" and "a:" lines
 };
 

@@ -5,15 +5,13 @@
 namespace recorder {
 namespace {
 
-long long millisBetween(TimePoint from, TimePoint to)
-{
+long long millisBetween(TimePoint from, TimePoint to) {
     return std::chrono::duration_cast<Milliseconds>(to - from).count();
 }
 
 }  // namespace
 
-void Heartbeat::tick(TimePoint now)
-{
+void Heartbeat::tick(TimePoint now) {
     if (waiting_ && !lateReported_ && now - askedAt_ > interval_) {
         log::warn() << "Heartbeat reply late: none " << millisBetween(askedAt_, now) << " ms after the request";
         lateReported_ = true;
@@ -28,8 +26,7 @@ void Heartbeat::tick(TimePoint now)
     }
 }
 
-void Heartbeat::replied(TimePoint now)
-{
+void Heartbeat::replied(TimePoint now) {
     if (lateReported_)
         log::info() << "Heartbeat reply received " << millisBetween(askedAt_, now) << " ms after the request";
     if (waiting_)
@@ -37,8 +34,7 @@ void Heartbeat::replied(TimePoint now)
     reset();
 }
 
-void Heartbeat::reset()
-{
+void Heartbeat::reset() {
     waiting_ = false;
     lateReported_ = false;
 }

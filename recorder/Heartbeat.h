@@ -10,9 +10,7 @@ class Heartbeat {
 public:
     // The first probe goes out one interval after `start`.
     Heartbeat(CommandSink& sniffer, Milliseconds interval, TimePoint start)
-        : sniffer_(sniffer), interval_(interval), nextProbe_(start + interval)
-    {
-    }
+        : sniffer_(sniffer), interval_(interval), nextProbe_(start + interval) {}
 
     void tick(TimePoint now);
     void replied(TimePoint now);

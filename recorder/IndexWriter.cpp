@@ -7,14 +7,12 @@
 
 namespace recorder {
 
-IndexWriter::~IndexWriter()
-{
+IndexWriter::~IndexWriter() {
     if (!pending_.empty())
         log::error() << pending_.size() << " calls were not written to the call index; calls.jsonl has them";
 }
 
-void IndexWriter::add(IndexedCall call)
-{
+void IndexWriter::add(IndexedCall call) {
     if (pending_.size() == kMaxPending) {
         pending_.pop_front();
         ++givenUp_;
@@ -23,8 +21,7 @@ void IndexWriter::add(IndexedCall call)
     writePending();
 }
 
-void IndexWriter::upkeep(TimePoint now)
-{
+void IndexWriter::upkeep(TimePoint now) {
     if (!pending_.empty() && now >= nextRetry_) {
         nextRetry_ = now + kRetry;
         writePending();
@@ -33,8 +30,7 @@ void IndexWriter::upkeep(TimePoint now)
         retention_->applyIfDue(now);
 }
 
-void IndexWriter::writePending()
-{
+void IndexWriter::writePending() {
     while (!pending_.empty()) {
         const auto started = std::chrono::steady_clock::now();
         try {
@@ -53,8 +49,8 @@ void IndexWriter::writePending()
         written_.fetch_add(1, std::memory_order_relaxed);
         pending_.pop_front();
         if (failing_ && pending_.empty()) {
-            log::info() << "The call index works again" << (givenUp_ ? ", " + std::to_string(givenUp_) +
-                                                                           " calls were left out of it" : "");
+            log::info() << "The call index works again"
+                        << (givenUp_ ? ", " + std::to_string(givenUp_) + " calls were left out of it" : "");
             failing_ = false;
             givenUp_ = 0;
         }

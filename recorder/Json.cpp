@@ -5,8 +5,7 @@
 namespace recorder {
 namespace {
 
-void writeString(std::string& out, const std::string& text)
-{
+void writeString(std::string& out, const std::string& text) {
     out += '"';
     for (const char c : text) {
         switch (c) {
@@ -28,23 +27,20 @@ void writeString(std::string& out, const std::string& text)
     out += '"';
 }
 
-void newline(std::string& out, int indent, int depth)
-{
+void newline(std::string& out, int indent, int depth) {
     if (indent >= 0)
         out += '\n' + std::string(static_cast<size_t>(indent * depth), ' ');
 }
 
 }  // namespace
 
-std::string Json::dump(int indent) const
-{
+std::string Json::dump(int indent) const {
     std::string out;
     write(out, indent, 0);
     return out;
 }
 
-void Json::write(std::string& out, int indent, int depth) const
-{
+void Json::write(std::string& out, int indent, int depth) const {
     const char* separator = indent >= 0 ? ": " : ":";
     std::visit(
         [&](const auto& value) {

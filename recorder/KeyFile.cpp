@@ -14,8 +14,7 @@ namespace {
 constexpr size_t hexSize = 2 * sizeof(KeyFile::Key);
 
 // Created, not replaced: a secret key that exists may be the only way to some recordings.
-bool writeNew(const std::filesystem::path& path, const KeyFile::Key& key, mode_t mode, std::string& problem)
-{
+bool writeNew(const std::filesystem::path& path, const KeyFile::Key& key, mode_t mode, std::string& problem) {
     char hex[hexSize + 1];
     sodium_bin2hex(hex, sizeof hex, key.data(), key.size());
     hex[hexSize] = '\n';
@@ -35,8 +34,7 @@ bool writeNew(const std::filesystem::path& path, const KeyFile::Key& key, mode_t
 
 }  // namespace
 
-bool KeyFile::read(const std::filesystem::path& path, Key& key, std::string& problem)
-{
+bool KeyFile::read(const std::filesystem::path& path, Key& key, std::string& problem) {
     std::ifstream in(path);
     std::string hex;
     if (!(in >> hex)) {
@@ -53,8 +51,7 @@ bool KeyFile::read(const std::filesystem::path& path, Key& key, std::string& pro
     return true;
 }
 
-bool KeyFile::makePair(const std::filesystem::path& dir, std::string& problem)
-{
+bool KeyFile::makePair(const std::filesystem::path& dir, std::string& problem) {
     if (sodium_init() < 0) {
         problem = "libsodium cannot start";
         return false;
@@ -62,8 +59,8 @@ bool KeyFile::makePair(const std::filesystem::path& dir, std::string& problem)
     Key publicKey;
     Key secretKey;
     crypto_box_keypair(publicKey.data(), secretKey.data());
-    const bool made = writeNew(dir / secretName, secretKey, 0600, problem) &&
-                      writeNew(dir / publicName, publicKey, 0644, problem);
+    const bool made =
+        writeNew(dir / secretName, secretKey, 0600, problem) && writeNew(dir / publicName, publicKey, 0644, problem);
     sodium_memzero(secretKey.data(), secretKey.size());
     return made;
 }

@@ -9,8 +9,7 @@ namespace {
 
 bool verboseOutput = false;
 
-const char* levelName(Level level)
-{
+const char* levelName(Level level) {
     switch (level) {
     case Level::Debug: return "DEBUG";
     case Level::Info: return "INFO ";
@@ -22,12 +21,13 @@ const char* levelName(Level level)
 
 }  // namespace
 
-void setVerbose(bool verbose) { verboseOutput = verbose; }
+void setVerbose(bool verbose) {
+    verboseOutput = verbose;
+}
 
 Line::Line(Level level) : level_(level), enabled_(level != Level::Debug || verboseOutput) {}
 
-Line::~Line()
-{
+Line::~Line() {
     if (!enabled_)
         return;
     // One fwrite per line keeps lines whole when stderr is shared with other writers.

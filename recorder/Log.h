@@ -18,8 +18,7 @@ public:
     ~Line();
 
     template <class T>
-    Line& operator<<(const T& value)
-    {
+    Line& operator<<(const T& value) {
         if (enabled_)
             text_ << value;
         return *this;
@@ -31,9 +30,17 @@ private:
     std::ostringstream text_;
 };
 
-inline Line debug() { return Line(Level::Debug); }
-inline Line info() { return Line(Level::Info); }
-inline Line warn() { return Line(Level::Warn); }
-inline Line error() { return Line(Level::Error); }
+inline Line debug() {
+    return Line(Level::Debug);
+}
+inline Line info() {
+    return Line(Level::Info);
+}
+inline Line warn() {
+    return Line(Level::Warn);
+}
+inline Line error() {
+    return Line(Level::Error);
+}
 
 }  // namespace recorder::log

@@ -9,8 +9,7 @@
 namespace recorder {
 namespace {
 
-bool parseSeconds(const char* text, Milliseconds& value, bool zeroAllowed = false)
-{
+bool parseSeconds(const char* text, Milliseconds& value, bool zeroAllowed = false) {
     char* end = nullptr;
     const double seconds = std::strtod(text, &end);
     if (end == text || *end != '\0' || !(seconds >= 0) || seconds > 86400)
@@ -19,8 +18,7 @@ bool parseSeconds(const char* text, Milliseconds& value, bool zeroAllowed = fals
     return value.count() > 0 || (zeroAllowed && seconds == 0);
 }
 
-bool parseMebibytes(const char* text, size_t& value)
-{
+bool parseMebibytes(const char* text, size_t& value) {
     char* end = nullptr;
     const long long mebibytes = std::strtoll(text, &end, 10);
     if (end == text || *end != '\0' || mebibytes < 2 || mebibytes > (1 << 20))
@@ -29,8 +27,7 @@ bool parseMebibytes(const char* text, size_t& value)
     return true;
 }
 
-bool parsePort(const char* text, uint16_t& port)
-{
+bool parsePort(const char* text, uint16_t& port) {
     char* end = nullptr;
     const long value = std::strtol(text, &end, 10);
     if (end == text || *end != '\0' || value < 0 || value > 65535)
@@ -40,8 +37,7 @@ bool parsePort(const char* text, uint16_t& port)
 }
 
 // "ADDR:PORT"
-bool parseListenAddress(const std::string& text, std::string& address, uint16_t& port)
-{
+bool parseListenAddress(const std::string& text, std::string& address, uint16_t& port) {
     const size_t colon = text.rfind(':');
     if (colon == std::string::npos || colon == 0)
         return false;
@@ -49,8 +45,7 @@ bool parseListenAddress(const std::string& text, std::string& address, uint16_t&
     return parsePort(text.c_str() + colon + 1, port);
 }
 
-bool parseDays(const char* text, double& days)
-{
+bool parseDays(const char* text, double& days) {
     char* end = nullptr;
     days = std::strtod(text, &end);
     return end != text && *end == '\0' && days > 0 && days <= 36500;
@@ -58,23 +53,21 @@ bool parseDays(const char* text, double& days)
 
 }  // namespace
 
-std::string databaseUrl(const Options& options)
-{
+std::string databaseUrl(const Options& options) {
     if (options.database == "none")
         return "";
     return options.database.empty() ? "sqlite:" + (options.output / "calls.db").string() : options.database;
 }
 
-std::string usage(const std::string& program)
-{
+std::string usage(const std::string& program) {
     const Options defaults;
     std::ostringstream text;
     text << "Usage: " << program << " [options]\n"
          << "Records the calls a sniffer forwards: listens for it on TCP and UDP, asks it for the RTP of\n"
          << "every SIP and H.323 call it reports, and writes each call to a folder of its own.\n\n"
          << "  -a, --address ADDR      IPv4 address to listen on (default " << defaults.address << ")\n"
-         << "  -p, --port PORT         TCP and UDP port to listen on, 0 for any free one (default "
-         << defaults.port << ")\n"
+         << "  -p, --port PORT         TCP and UDP port to listen on, 0 for any free one (default " << defaults.port
+         << ")\n"
          << "  -o, --output DIR        folder for the call folders and calls.jsonl (default "
          << defaults.output.string() << ")\n"
          << "  -i, --idle SECONDS      end a call after this long without a packet (default "
@@ -105,18 +98,16 @@ std::string usage(const std::string& program)
     return text.str();
 }
 
-OptionsResult parseOptions(int argc, char* argv[], Options& options, std::string& problem)
-{
+OptionsResult parseOptions(int argc, char* argv[], Options& options, std::string& problem) {
     static const option longOptions[] = {
-        {"address", required_argument, nullptr, 'a'}, {"port", required_argument, nullptr, 'p'},
-        {"output", required_argument, nullptr, 'o'},  {"idle", required_argument, nullptr, 'i'},
-        {"heartbeat", required_argument, nullptr, 'b'}, {"linger", required_argument, nullptr, 'l'},
-        {"stats", required_argument, nullptr, 's'},   {"backlog-limit", required_argument, nullptr, 'B'},
-        {"verbose", no_argument, nullptr, 'v'},       {"help", no_argument, nullptr, 'h'},
-        {"database", required_argument, nullptr, 'D'}, {"http", required_argument, nullptr, 'H'},
+        {"address", required_argument, nullptr, 'a'},    {"port", required_argument, nullptr, 'p'},
+        {"output", required_argument, nullptr, 'o'},     {"idle", required_argument, nullptr, 'i'},
+        {"heartbeat", required_argument, nullptr, 'b'},  {"linger", required_argument, nullptr, 'l'},
+        {"stats", required_argument, nullptr, 's'},      {"backlog-limit", required_argument, nullptr, 'B'},
+        {"verbose", no_argument, nullptr, 'v'},          {"help", no_argument, nullptr, 'h'},
+        {"database", required_argument, nullptr, 'D'},   {"http", required_argument, nullptr, 'H'},
         {"http-token", required_argument, nullptr, 'T'}, {"keep-days", required_argument, nullptr, 'k'},
-        {"encrypt-to", required_argument, nullptr, 'E'},
-        {nullptr, 0, nullptr, 0},
+        {"encrypt-to", required_argument, nullptr, 'E'}, {nullptr, 0, nullptr, 0},
     };
     optind = 1;
     opterr = 0;

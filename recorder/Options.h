@@ -18,11 +18,11 @@ struct Options {
     Milliseconds stats{60000};     // 0: no statistics lines but the last
     size_t backlogLimitMiB = 512;  // frames read and not yet handled
     bool verbose = false;
-    std::string database;    // empty: sqlite:<output>/calls.db; "none": no index
+    std::string database;     // empty: sqlite:<output>/calls.db; "none": no index
     std::string httpAddress;  // empty: no web page
     uint16_t httpPort = 0;
-    std::string httpToken;  // empty: none asked for
-    double keepDays = 0;    // 0: calls are kept
+    std::string httpToken;            // empty: none asked for
+    double keepDays = 0;              // 0: calls are kept
     std::filesystem::path encryptTo;  // a public key file; empty: recordings in clear
 };
 

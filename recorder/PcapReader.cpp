@@ -8,15 +8,13 @@
 
 namespace recorder {
 
-bool PcapReader::open(const std::filesystem::path& path)
-{
+bool PcapReader::open(const std::filesystem::path& path) {
     file_.reset(std::fopen(path.c_str(), "rb"));
     pcap_file_header header{};
     return file_ && std::fread(&header, sizeof header, 1, file_.get()) == 1 && header.magic == kPcapMagic;
 }
 
-bool PcapReader::next(Datagram& datagram)
-{
+bool PcapReader::next(Datagram& datagram) {
     pcap_record_header record{};
     if (!file_ || std::fread(&record, sizeof record, 1, file_.get()) != 1 || record.incl_len > kSnapLength)
         return false;

@@ -14,13 +14,11 @@ constexpr size_t kMaxUdpPayload = 65535 - sizeof(ip_header) - sizeof(udp_header)
 constexpr size_t kFlushSize = 16384;
 
 template <class T>
-void appendStruct(std::string& out, const T& value)
-{
+void appendStruct(std::string& out, const T& value) {
     out.append(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-uint16_t ipChecksum(const ip_header& header)
-{
+uint16_t ipChecksum(const ip_header& header) {
     const auto* words = reinterpret_cast<const uint8_t*>(&header);
     uint32_t sum = 0;
     for (size_t i = 0; i < sizeof header; i += 2)
@@ -32,19 +30,16 @@ uint16_t ipChecksum(const ip_header& header)
 
 }  // namespace
 
-PcapWriter::PcapWriter(FileCache& files, std::filesystem::path path) : files_(files), id_(files.add(std::move(path)))
-{
+PcapWriter::PcapWriter(FileCache& files, std::filesystem::path path) : files_(files), id_(files.add(std::move(path))) {
     appendStruct(pending_, pcap_file_header{kPcapMagic, 2, 4, 0, 0, kSnapLength, kLinktypeEthernet});
 }
 
-PcapWriter::~PcapWriter()
-{
+PcapWriter::~PcapWriter() {
     close();
 }
 
 void PcapWriter::write(TimePoint arrival, const Endpoint& source, const Endpoint& destination,
-                       std::string_view payload)
-{
+                       std::string_view payload) {
     if (!open_)
         return;
     payload = payload.substr(0, kMaxUdpPayload);
@@ -75,15 +70,13 @@ void PcapWriter::write(TimePoint arrival, const Endpoint& source, const Endpoint
         flush();
 }
 
-void PcapWriter::flush()
-{
+void PcapWriter::flush() {
     files_.writeAt(id_, offset_, pending_.data(), pending_.size());
     offset_ += pending_.size();
     pending_.clear();
 }
 
-void PcapWriter::close()
-{
+void PcapWriter::close() {
     if (!open_)
         return;
     flush();

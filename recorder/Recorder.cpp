@@ -20,12 +20,9 @@ Recorder::Recorder(const Options& options)
       link_(backlog_),
       tracker_(link_, archive_, files_, options.idle, options.linger),
       heartbeat_(link_, options.heartbeat, Clock::now()),
-      metrics_(link_.counters(), backlog_)
-{
-}
+      metrics_(link_.counters(), backlog_) {}
 
-bool Recorder::startIndex()
-{
+bool Recorder::startIndex() {
     const std::string url = databaseUrl(options_);
     if (url.empty() && options_.keepDays > 0)
         log::error() << "--keep-days needs the call index: --database none leaves it out";
@@ -45,8 +42,7 @@ bool Recorder::startIndex()
 }
 
 // Once the output folder, where the database usually is, exists.
-void Recorder::openIndex()
-{
+void Recorder::openIndex() {
     try {
         if (index_)
             index_->open();
@@ -55,21 +51,19 @@ void Recorder::openIndex()
     }
 }
 
-bool Recorder::startWeb()
-{
+bool Recorder::startWeb() {
     if (options_.httpAddress.empty())
         return true;
     if (!index_) {
         log::error() << "The web page needs the call index: --database none leaves it out";
         return false;
     }
-    web_ = std::make_unique<WebServer>(*index_, options_.output, options_.httpToken,
-                                       [this] { return metrics_.text(); });
+    web_ =
+        std::make_unique<WebServer>(*index_, options_.output, options_.httpToken, [this] { return metrics_.text(); });
     return web_->start(options_.httpAddress, options_.httpPort);
 }
 
-bool Recorder::startEncryption()
-{
+bool Recorder::startEncryption() {
     if (options_.encryptTo.empty())
         return true;
     KeyFile::Key key;
@@ -82,8 +76,7 @@ bool Recorder::startEncryption()
     return true;
 }
 
-int Recorder::run(const sigset_t& stopSignals)
-{
+int Recorder::run(const sigset_t& stopSignals) {
     if (!startEncryption() || !startIndex() || !archive_.prepare())
         return 1;
     openIndex();
@@ -118,8 +111,7 @@ int Recorder::run(const sigset_t& stopSignals)
     return 0;
 }
 
-void Recorder::handle(LinkEvent event, const Frame& frame)
-{
+void Recorder::handle(LinkEvent event, const Frame& frame) {
     switch (event) {
     case LinkEvent::Connected: tracker_.resendRoutes(); break;
     case LinkEvent::Lost: heartbeat_.reset(); break;
@@ -132,8 +124,7 @@ void Recorder::handle(LinkEvent event, const Frame& frame)
     }
 }
 
-void Recorder::logStats() const
-{
+void Recorder::logStats() const {
     const LinkCounters& link = link_.counters();
     const auto count = [&link](Protocol protocol) {
         const auto index = static_cast<size_t>(protocol);

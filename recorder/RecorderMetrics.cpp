@@ -8,14 +8,12 @@ namespace {
 class Exposition {
 public:
     // Starts a metric family.
-    Exposition& family(const char* name, const char* type, const char* help)
-    {
+    Exposition& family(const char* name, const char* type, const char* help) {
         out_ << "# HELP " << name << ' ' << help << "\n# TYPE " << name << ' ' << type << '\n';
         return *this;
     }
     template <class T>
-    Exposition& sample(const std::string& name, T value)
-    {
+    Exposition& sample(const std::string& name, T value) {
         out_ << name << ' ' << value << '\n';
         return *this;
     }
@@ -30,8 +28,7 @@ const std::pair<Protocol, const char*> kProtocolNames[] = {
 
 }  // namespace
 
-std::string RecorderMetrics::text() const
-{
+std::string RecorderMetrics::text() const {
     Exposition out;
     const auto perProtocol = [&](const char* name, const auto& counters) {
         for (const auto& [protocol, label] : kProtocolNames)

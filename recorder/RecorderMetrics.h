@@ -19,8 +19,7 @@ public:
     // Before the web side starts.
     void watchIndex(const IndexWriter* index) { index_ = index; }
 
-    void publishCalls(uint64_t open, uint64_t recorded)
-    {
+    void publishCalls(uint64_t open, uint64_t recorded) {
         openCalls_.store(open, std::memory_order_relaxed);
         recordedCalls_.store(recorded, std::memory_order_relaxed);
     }

@@ -6,8 +6,7 @@
 
 namespace recorder {
 
-void Retention::applyIfDue(TimePoint now)
-{
+void Retention::applyIfDue(TimePoint now) {
     if (now < nextCheck_)
         return;
     nextCheck_ = now + kInterval;
@@ -24,8 +23,7 @@ void Retention::applyIfDue(TimePoint now)
 }
 
 // Only a plain name in the output folder is removed, whatever the database says.
-void Retention::removeFolder(const std::string& name) const
-{
+void Retention::removeFolder(const std::string& name) const {
     const std::filesystem::path folder(name);
     if (name.empty() || folder.has_parent_path() || name == "." || name == ".." || folder.is_absolute()) {
         log::warn() << "Not removing \"" << name << "\": not a call folder";

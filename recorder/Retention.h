@@ -14,9 +14,10 @@ public:
     static constexpr Clock::duration kInterval = std::chrono::hours(1);
 
     Retention(CallIndex& index, std::filesystem::path root, double keepDays)
-        : index_(index), root_(std::move(root)), keep_(std::chrono::duration_cast<Clock::duration>(
-                                                     std::chrono::duration<double, std::ratio<86400>>(keepDays)))
-    {
+        : index_(index),
+          root_(std::move(root)),
+          keep_(
+              std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double, std::ratio<86400>>(keepDays))) {
     }
 
     void applyIfDue(TimePoint now);

@@ -8,20 +8,20 @@ namespace recorder {
 
 // RTCP wire formats (RFC 3550 section 6 and appendix A.1), all fields big-endian.
 struct rtcp_common {
-    uint8_t vprc;    // version 2 bits, padding 1, count 5 (report blocks for SR and RR)
-    uint8_t pt;      // packet type: SR 200, RR 201, SDES 202, BYE 203, APP 204
-    uint16_t length; // of the packet in 32-bit words minus one, this header included
+    uint8_t vprc;     // version 2 bits, padding 1, count 5 (report blocks for SR and RR)
+    uint8_t pt;       // packet type: SR 200, RR 201, SDES 202, BYE 203, APP 204
+    uint16_t length;  // of the packet in 32-bit words minus one, this header included
 } __attribute__((packed));
 static_assert(sizeof(rtcp_common) == 4);
 
 // What follows the common header of an SR; an RR has the ssrc only.
 struct rtcp_sr {
-    uint32_t ssrc;      // sender
-    uint32_t ntp_sec;   // NTP timestamp
+    uint32_t ssrc;     // sender
+    uint32_t ntp_sec;  // NTP timestamp
     uint32_t ntp_frac;
-    uint32_t rtp_ts;    // the same instant on the RTP timestamp clock
-    uint32_t psent;     // packets sent since the sender began
-    uint32_t osent;     // payload octets sent
+    uint32_t rtp_ts;  // the same instant on the RTP timestamp clock
+    uint32_t psent;   // packets sent since the sender began
+    uint32_t osent;   // payload octets sent
 } __attribute__((packed));
 static_assert(sizeof(rtcp_sr) == 24);
 
@@ -44,8 +44,8 @@ struct SenderReport {
 };
 
 struct ReportBlock {
-    uint32_t reporter = 0;  // SSRC of the SR or RR that carried the block
-    uint32_t source = 0;    // SSRC reported on
+    uint32_t reporter = 0;    // SSRC of the SR or RR that carried the block
+    uint32_t source = 0;      // SSRC reported on
     double fractionLost = 0;  // 0 to 1
     int32_t cumulativeLost = 0;
     uint32_t highestSequence = 0;

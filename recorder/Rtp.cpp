@@ -7,8 +7,7 @@
 
 namespace recorder {
 
-std::optional<RtpPacket> parseRtp(std::string_view datagram)
-{
+std::optional<RtpPacket> parseRtp(std::string_view datagram) {
     rtp_header header;
     if (datagram.size() < sizeof header)
         return std::nullopt;
@@ -33,8 +32,7 @@ std::optional<RtpPacket> parseRtp(std::string_view datagram)
                      datagram.substr(start, end - start)};
 }
 
-SequenceArrival SequenceCounter::add(uint16_t sequence)
-{
+SequenceArrival SequenceCounter::add(uint16_t sequence) {
     if (!started_) {
         started_ = true;
         lowest_ = highest_ = sequence;
@@ -68,8 +66,7 @@ SequenceArrival SequenceCounter::add(uint16_t sequence)
     return SequenceArrival::Late;
 }
 
-uint64_t SequenceCounter::lost() const
-{
+uint64_t SequenceCounter::lost() const {
     const int64_t expected = started_ ? highest_ - lowest_ + 1 : 0;
     return expected > static_cast<int64_t>(received_) ? static_cast<uint64_t>(expected) - received_ : 0;
 }
@@ -78,8 +75,7 @@ uint64_t SequenceCounter::lost() const
 
 namespace recorder {
 
-bool looksLikeRtcp(std::string_view datagram)
-{
+bool looksLikeRtcp(std::string_view datagram) {
     if (datagram.size() < 4)
         return false;
     const auto first = static_cast<uint8_t>(datagram[0]), type = static_cast<uint8_t>(datagram[1]);

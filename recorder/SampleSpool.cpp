@@ -5,8 +5,7 @@
 
 namespace recorder {
 
-void SampleSpool::write(int64_t index, const int16_t* samples, size_t count)
-{
+void SampleSpool::write(int64_t index, const int16_t* samples, size_t count) {
     if (closed_ || count == 0 || index < 0)
         return;
     const int64_t end = index + static_cast<int64_t>(count);
@@ -28,8 +27,7 @@ void SampleSpool::write(int64_t index, const int16_t* samples, size_t count)
 
 // Moves the window on so that it ends at `end` or later, by half its size at least so that
 // steady audio costs one file write per half window; what it leaves goes to the file.
-void SampleSpool::slideTo(int64_t end)
-{
+void SampleSpool::slideTo(int64_t end) {
     const int64_t window = static_cast<int64_t>(kWindowSamples);
     const int64_t start = std::max(end - window, start_ + window / 2);
     const int64_t held = std::min(start, length_) - start_;
@@ -43,15 +41,13 @@ void SampleSpool::slideTo(int64_t end)
     start_ = start;
 }
 
-void SampleSpool::writeFile(int64_t index, const int16_t* samples, size_t count)
-{
+void SampleSpool::writeFile(int64_t index, const int16_t* samples, size_t count) {
     if (!id_)
         id_ = files_.add(path_);
     files_.writeAt(*id_, static_cast<uint64_t>(index) * sizeof(int16_t), samples, count * sizeof(int16_t));
 }
 
-void SampleSpool::close()
-{
+void SampleSpool::close() {
     if (closed_)
         return;
     closed_ = true;

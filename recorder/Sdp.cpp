@@ -9,8 +9,7 @@ namespace recorder {
 namespace {
 
 // "IN IP4 10.0.0.1" or "IN IP4 224.2.1.1/127"
-std::optional<uint32_t> parseConnection(std::string_view value)
-{
+std::optional<uint32_t> parseConnection(std::string_view value) {
     static constexpr std::string_view ip4 = "IN IP4 ";
     if (!startsWith(value, ip4))
         return std::nullopt;
@@ -21,15 +20,14 @@ std::optional<uint32_t> parseConnection(std::string_view value)
 struct MediaSection {
     bool audio = false;
     long port = 0;
-    long rtcpPort = 0;                        // from a=rtcp:, 0 when absent
+    long rtcpPort = 0;                       // from a=rtcp:, 0 when absent
     std::optional<uint32_t> rtcpConnection;  // its address, when it names one
     std::optional<uint32_t> connection;
     std::vector<Codec> codecs;
 };
 
 // "audio 49170 RTP/AVP 0 8 101"
-MediaSection parseMediaLine(std::string_view value)
-{
+MediaSection parseMediaLine(std::string_view value) {
     MediaSection media;
     std::istringstream fields{std::string(value)};
     std::string kind, port, transport, format;
@@ -45,8 +43,7 @@ MediaSection parseMediaLine(std::string_view value)
 }
 
 // "rtpmap:8 PCMA/8000" names a payload type of the current media.
-void applyRtpmap(std::string_view value, MediaSection& media)
-{
+void applyRtpmap(std::string_view value, MediaSection& media) {
     const long payloadType = leadingNumber(value);
     const size_t space = value.find(' ');
     if (payloadType < 0 || space == std::string_view::npos)
@@ -57,8 +54,7 @@ void applyRtpmap(std::string_view value, MediaSection& media)
 }
 
 // "rtcp:53020" or "rtcp:53020 IN IP4 126.16.64.4" (RFC 3605)
-void applyRtcp(std::string_view value, MediaSection& media)
-{
+void applyRtcp(std::string_view value, MediaSection& media) {
     media.rtcpPort = leadingNumber(value);
     const size_t space = value.find(' ');
     if (space != std::string_view::npos)
@@ -67,16 +63,14 @@ void applyRtcp(std::string_view value, MediaSection& media)
 
 }  // namespace
 
-const Codec* telephoneEvent(const std::vector<Codec>& codecs)
-{
+const Codec* telephoneEvent(const std::vector<Codec>& codecs) {
     for (const Codec& codec : codecs)
         if (startsWithNoCase(codec.name, "telephone-event/"))
             return &codec;
     return nullptr;
 }
 
-int clockRate(std::string_view codecName)
-{
+int clockRate(std::string_view codecName) {
     if (startsWithNoCase(codecName, "opus/"))
         return 48000;
     if (startsWithNoCase(codecName, "G722/"))
@@ -86,8 +80,7 @@ int clockRate(std::string_view codecName)
     return rate > 0 && rate <= 384000 ? static_cast<int>(rate) : 8000;
 }
 
-std::string staticPayloadName(int payloadType)
-{
+std::string staticPayloadName(int payloadType) {
     switch (payloadType) {
     case 0: return "PCMU/8000";
     case 3: return "GSM/8000";
@@ -102,8 +95,7 @@ std::string staticPayloadName(int payloadType)
     }
 }
 
-std::vector<SdpMedia> parseSdpAudio(std::string_view sdp)
-{
+std::vector<SdpMedia> parseSdpAudio(std::string_view sdp) {
     std::optional<uint32_t> sessionConnection;
     std::vector<MediaSection> sections;
     for (const std::string_view line : splitLines(sdp)) {
@@ -111,12 +103,8 @@ std::vector<SdpMedia> parseSdpAudio(std::string_view sdp)
             continue;
         const std::string_view value = line.substr(2);
         switch (line[0]) {
-        case 'm':
-            sections.push_back(parseMediaLine(value));
-            break;
-        case 'c':
-            (sections.empty() ? sessionConnection : sections.back().connection) = parseConnection(value);
-            break;
+        case 'm': sections.push_back(parseMediaLine(value)); break;
+        case 'c': (sections.empty() ? sessionConnection : sections.back().connection) = parseConnection(value); break;
         case 'a':
             if (!sections.empty() && startsWith(value, "rtpmap:"))
                 applyRtpmap(value.substr(7), sections.back());

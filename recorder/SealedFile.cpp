@@ -18,16 +18,14 @@ constexpr size_t tagSize = crypto_secretstream_xchacha20poly1305_ABYTES;
 
 // Fills as much of `buffer` as the file has left and returns how much; `last` tells whether the
 // file ends there, so that the final chunk is known when it is written or read.
-size_t readChunk(std::ifstream& in, std::vector<uint8_t>& buffer, bool& last)
-{
+size_t readChunk(std::ifstream& in, std::vector<uint8_t>& buffer, bool& last) {
     in.read(reinterpret_cast<char*>(buffer.data()), static_cast<std::streamsize>(buffer.size()));
     const auto got = static_cast<size_t>(in.gcount());
     last = in.peek() == std::ifstream::traits_type::eof();
     return got;
 }
 
-bool fail(const std::filesystem::path& output, std::string& problem, const std::string& why)
-{
+bool fail(const std::filesystem::path& output, std::string& problem, const std::string& why) {
     problem = why;
     std::error_code ignored;
     std::filesystem::remove(output, ignored);
@@ -36,9 +34,8 @@ bool fail(const std::filesystem::path& output, std::string& problem, const std::
 
 }  // namespace
 
-bool SealedFile::seal(const std::filesystem::path& clear, const std::filesystem::path& sealed,
-                      const PublicKey& to, std::string& problem)
-{
+bool SealedFile::seal(const std::filesystem::path& clear, const std::filesystem::path& sealed, const PublicKey& to,
+                      std::string& problem) {
     if (sodium_init() < 0)
         return fail(sealed, problem, "libsodium cannot start");
     std::ifstream in(clear, std::ios::binary);
@@ -67,8 +64,7 @@ bool SealedFile::seal(const std::filesystem::path& clear, const std::filesystem:
             return fail(sealed, problem, "cannot read " + clear.string());
         const uint8_t tag = last ? crypto_secretstream_xchacha20poly1305_TAG_FINAL : 0;
         unsigned long long length = 0;
-        crypto_secretstream_xchacha20poly1305_push(&state, cipher.data(), &length, plain.data(), got, nullptr, 0,
-                                                   tag);
+        crypto_secretstream_xchacha20poly1305_push(&state, cipher.data(), &length, plain.data(), got, nullptr, 0, tag);
         out.write(reinterpret_cast<const char*>(cipher.data()), static_cast<std::streamsize>(length));
     }
     sodium_memzero(&state, sizeof state);
@@ -79,8 +75,7 @@ bool SealedFile::seal(const std::filesystem::path& clear, const std::filesystem:
 }
 
 bool SealedFile::open(const std::filesystem::path& sealed, const std::filesystem::path& clear,
-                      const SecretKey& secretKey, std::string& problem)
-{
+                      const SecretKey& secretKey, std::string& problem) {
     if (sodium_init() < 0)
         return fail(clear, problem, "libsodium cannot start");
     std::ifstream in(sealed, std::ios::binary);
@@ -116,8 +111,8 @@ bool SealedFile::open(const std::filesystem::path& sealed, const std::filesystem
         const size_t got = readChunk(in, cipher, last);
         unsigned long long length = 0;
         uint8_t tag = 0;
-        if (crypto_secretstream_xchacha20poly1305_pull(&state, plain.data(), &length, &tag, cipher.data(), got,
-                                                       nullptr, 0) != 0)
+        if (crypto_secretstream_xchacha20poly1305_pull(&state, plain.data(), &length, &tag, cipher.data(), got, nullptr,
+                                                       0) != 0)
             return fail(clear, problem, sealed.string() + " is damaged");
         if ((tag == crypto_secretstream_xchacha20poly1305_TAG_FINAL) != last)
             return fail(clear, problem, sealed.string() + " is cut short or has bytes past its end");

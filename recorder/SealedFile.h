@@ -23,8 +23,8 @@ public:
     static constexpr uint8_t version = 1;
 
     // Encrypts `clear` into `sealed`; on failure `problem` says why and `sealed` is removed.
-    static bool seal(const std::filesystem::path& clear, const std::filesystem::path& sealed,
-                     const PublicKey& to, std::string& problem);
+    static bool seal(const std::filesystem::path& clear, const std::filesystem::path& sealed, const PublicKey& to,
+                     std::string& problem);
     // Decrypts `sealed` into `clear`; a wrong key or a damaged or cut file fails, `clear` removed.
     static bool open(const std::filesystem::path& sealed, const std::filesystem::path& clear,
                      const SecretKey& secretKey, std::string& problem);

@@ -8,8 +8,7 @@ namespace recorder {
 namespace {
 
 // A header's full name, with the compact forms that SIP allows spelled out.
-std::string_view canonicalName(std::string_view name)
-{
+std::string_view canonicalName(std::string_view name) {
     static constexpr std::pair<std::string_view, std::string_view> compact[] = {
         {"i", "Call-ID"}, {"f", "From"}, {"t", "To"}, {"l", "Content-Length"}, {"c", "Content-Type"}};
     for (const auto& [shortName, longName] : compact)
@@ -18,8 +17,7 @@ std::string_view canonicalName(std::string_view name)
     return name;
 }
 
-bool parseStartLine(std::string_view line, SipMessage& message)
-{
+bool parseStartLine(std::string_view line, SipMessage& message) {
     static constexpr std::string_view version = "SIP/2.0";
     if (startsWith(line, version) && line.size() > version.size() && line[version.size()] == ' ') {
         message.status = static_cast<int>(leadingNumber(line.substr(version.size() + 1)));
@@ -35,8 +33,7 @@ bool parseStartLine(std::string_view line, SipMessage& message)
 }
 
 // From and To: `"Name" <sip:user@host>;tag=x` or `sip:user@host;tag=x`.
-void parseAddress(std::string_view value, std::string& uri, std::string& tag)
-{
+void parseAddress(std::string_view value, std::string& uri, std::string& tag) {
     std::string_view params;
     const size_t open = value.find('<');
     const size_t close = value.find('>', open);
@@ -60,8 +57,7 @@ void parseAddress(std::string_view value, std::string& uri, std::string& tag)
 
 }  // namespace
 
-std::optional<SipMessage> parseSip(std::string_view text)
-{
+std::optional<SipMessage> parseSip(std::string_view text) {
     size_t headEnd = text.find("\r\n\r\n");
     size_t bodyStart = headEnd + 4;
     if (headEnd == std::string_view::npos) {

@@ -18,22 +18,19 @@ constexpr int kPortAttempts = 20;
 constexpr size_t kReadSize = size_t{1} << 20;
 constexpr unsigned kDatagramBatch = 64;
 constexpr size_t kDatagramSize = 65536;
-constexpr int kDatagramBuffer = 16 << 20;   // a second of a busy site's datagrams
-constexpr int kPollMilliseconds = 1000;     // only the stop signal is waited for besides traffic
-constexpr timeval kSendTimeout{1, 0};       // a sniffer that stops reading commands is dropped
+constexpr int kDatagramBuffer = 16 << 20;  // a second of a busy site's datagrams
+constexpr int kPollMilliseconds = 1000;    // only the stop signal is waited for besides traffic
+constexpr timeval kSendTimeout{1, 0};      // a sniffer that stops reading commands is dropped
 
-std::string toString(const sockaddr_in& address)
-{
+std::string toString(const sockaddr_in& address) {
     return recorder::toString(Endpoint{ntohl(address.sin_addr.s_addr), ntohs(address.sin_port)});
 }
 
-bool samePeer(const sockaddr_in& a, const sockaddr_in& b)
-{
+bool samePeer(const sockaddr_in& a, const sockaddr_in& b) {
     return a.sin_addr.s_addr == b.sin_addr.s_addr && a.sin_port == b.sin_port;
 }
 
-const char* commandName(CommandCode code)
-{
+const char* commandName(CommandCode code) {
     switch (code) {
     case CommandCode::AddRtp: return "add";
     case CommandCode::RemoveRtp: return "remove";
@@ -43,8 +40,7 @@ const char* commandName(CommandCode code)
 }
 
 // Root may pass the system's ceiling on receive buffers; others get what the ceiling allows.
-void enlargeReceiveBuffer(int fd, int size)
-{
+void enlargeReceiveBuffer(int fd, int size) {
     if (setsockopt(fd, SOL_SOCKET, SO_RCVBUFFORCE, &size, sizeof size) != 0)
         setsockopt(fd, SOL_SOCKET, SO_RCVBUF, &size, sizeof size);
 }
@@ -52,18 +48,14 @@ void enlargeReceiveBuffer(int fd, int size)
 }  // namespace
 
 SnifferLink::SnifferLink(Backlog& backlog)
-    : backlog_(backlog), buffer_(kReadSize), datagrams_(kDatagramBatch * kDatagramSize)
-{
-}
+    : backlog_(backlog), buffer_(kReadSize), datagrams_(kDatagramBatch * kDatagramSize) {}
 
-SnifferLink::~SnifferLink()
-{
+SnifferLink::~SnifferLink() {
     join();
     closeAll();
 }
 
-bool SnifferLink::listen(const std::string& address, uint16_t port)
-{
+bool SnifferLink::listen(const std::string& address, uint16_t port) {
     sockaddr_in local{};
     local.sin_family = AF_INET;
     local.sin_port = htons(port);
@@ -84,8 +76,7 @@ bool SnifferLink::listen(const std::string& address, uint16_t port)
 }
 
 // TCP picks the port when none is given; UDP must then get the same number.
-bool SnifferLink::bindBoth(const sockaddr_in& address)
-{
+bool SnifferLink::bindBoth(const sockaddr_in& address) {
     closeAll();
     sockaddr_in bound = address;
     socklen_t length = sizeof bound;
@@ -106,8 +97,7 @@ bool SnifferLink::bindBoth(const sockaddr_in& address)
     return true;
 }
 
-bool SnifferLink::start(const sigset_t& stopSignals)
-{
+bool SnifferLink::start(const sigset_t& stopSignals) {
     signals_ = signalfd(-1, &stopSignals, SFD_CLOEXEC | SFD_NONBLOCK);
     if (signals_ < 0) {
         log::error() << "Cannot wait for stop signals: " << std::strerror(errno);
@@ -117,17 +107,16 @@ bool SnifferLink::start(const sigset_t& stopSignals)
     return true;
 }
 
-void SnifferLink::join()
-{
+void SnifferLink::join() {
     if (reader_.joinable())
         reader_.join();
 }
 
-void SnifferLink::read()
-{
+void SnifferLink::read() {
     for (;;) {
         const int connection = connection_;  // only this thread changes it
-        pollfd fds[3] = {{connection >= 0 ? connection : listener_, POLLIN, 0}, {udp_, POLLIN, 0}, {signals_, POLLIN, 0}};
+        pollfd fds[3] = {
+            {connection >= 0 ? connection : listener_, POLLIN, 0}, {udp_, POLLIN, 0}, {signals_, POLLIN, 0}};
         if (poll(fds, 3, kPollMilliseconds) <= 0)
             continue;
         if (fds[2].revents != 0)
@@ -144,8 +133,7 @@ void SnifferLink::read()
 }
 
 // What the sniffer sent before the stop request is recorded too: read until nothing is left.
-void SnifferLink::drain()
-{
+void SnifferLink::drain() {
     while (connection_ >= 0 && readConnection())
         ;
     while (readDatagrams() > 0)
@@ -153,8 +141,7 @@ void SnifferLink::drain()
     backlog_.publish();
 }
 
-void SnifferLink::acceptConnection()
-{
+void SnifferLink::acceptConnection() {
     sockaddr_in peer{};
     socklen_t length = sizeof peer;
     const int connection = accept4(listener_, reinterpret_cast<sockaddr*>(&peer), &length, SOCK_CLOEXEC);
@@ -172,8 +159,7 @@ void SnifferLink::acceptConnection()
     backlog_.publish();
 }
 
-bool SnifferLink::readConnection()
-{
+bool SnifferLink::readConnection() {
     const ssize_t received = recv(connection_, buffer_.data(), buffer_.size(), MSG_DONTWAIT);
     if (received < 0 && (errno == EAGAIN || errno == EINTR))
         return false;
@@ -200,8 +186,7 @@ bool SnifferLink::readConnection()
     return true;
 }
 
-int SnifferLink::readDatagrams()
-{
+int SnifferLink::readDatagrams() {
     mmsghdr messages[kDatagramBatch]{};
     iovec pieces[kDatagramBatch];
     sockaddr_in peers[kDatagramBatch];
@@ -239,16 +224,14 @@ int SnifferLink::readDatagrams()
     return received;
 }
 
-void SnifferLink::queue(const Frame& frame)
-{
+void SnifferLink::queue(const Frame& frame) {
     const auto protocol = static_cast<size_t>(frame.protocol);
     counters_.frames[protocol].fetch_add(1, std::memory_order_relaxed);
     counters_.bytes[protocol].fetch_add(sizeof(fwd_header) + frame.payload.size(), std::memory_order_relaxed);
     backlog_.push(LinkEvent::Frame, frame);
 }
 
-bool SnifferLink::send(CommandCode code, const Endpoint& rtp)
-{
+bool SnifferLink::send(CommandCode code, const Endpoint& rtp) {
     const CommandBytes command = encodeCommand(code, rtp);
     bool sent = false;
     std::lock_guard<std::mutex> lock(peers_);
@@ -263,7 +246,8 @@ bool SnifferLink::send(CommandCode code, const Endpoint& rtp)
     }
     if (datagramPeer_) {
         sent = sendto(udp_, command.data(), command.size(), 0, reinterpret_cast<const sockaddr*>(&*datagramPeer_),
-                      sizeof *datagramPeer_) == static_cast<ssize_t>(command.size()) || sent;
+                      sizeof *datagramPeer_) == static_cast<ssize_t>(command.size()) ||
+               sent;
     }
     if (sent)
         counters_.commands.fetch_add(1, std::memory_order_relaxed);
@@ -271,8 +255,7 @@ bool SnifferLink::send(CommandCode code, const Endpoint& rtp)
     return sent;
 }
 
-void SnifferLink::closeConnection()
-{
+void SnifferLink::closeConnection() {
     {
         std::lock_guard<std::mutex> lock(peers_);
         close(connection_);
@@ -283,8 +266,7 @@ void SnifferLink::closeConnection()
     backlog_.publish();
 }
 
-void SnifferLink::closeAll()
-{
+void SnifferLink::closeAll() {
     for (int* fd : {&connection_, &listener_, &udp_, &signals_}) {
         if (*fd >= 0)
             close(*fd);

@@ -70,8 +70,7 @@ const char* const kFilter = R"( FROM calls WHERE
   AND (?5 = '' OR signalling = ?5)
   AND (?6 IS NULL OR lowest_mos < ?6))";
 
-std::optional<double> lowestMos(const json& streams)
-{
+std::optional<double> lowestMos(const json& streams) {
     std::optional<double> lowest;
     for (const json& stream : streams)
         if (stream.value("mos", json()).is_number() && (!lowest || stream["mos"].get<double>() < *lowest))
@@ -79,8 +78,7 @@ std::optional<double> lowestMos(const json& streams)
     return lowest;
 }
 
-std::string textOr(const json& record, const char* key)
-{
+std::string textOr(const json& record, const char* key) {
     const auto found = record.find(key);
     return found != record.end() && found->is_string() ? found->get<std::string>() : std::string();
 }
@@ -90,8 +88,7 @@ std::string textOr(const json& record, const char* key)
 // One prepared statement; values are bound from 1 on, in the order they are given.
 class SqliteCallIndex::Statement {
 public:
-    Statement(SqliteCallIndex& index, const std::string& sql) : index_(index)
-    {
+    Statement(SqliteCallIndex& index, const std::string& sql) : index_(index) {
         if (sqlite3_prepare_v2(index.db_, sql.c_str(), -1, &statement_, nullptr) != SQLITE_OK)
             index.fail("prepare");
     }
@@ -99,34 +96,28 @@ public:
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
 
-    Statement& bind(const std::string& text)
-    {
+    Statement& bind(const std::string& text) {
         check(sqlite3_bind_text(statement_, ++bound_, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT));
         return *this;
     }
-    Statement& bind(int64_t value)
-    {
+    Statement& bind(int64_t value) {
         check(sqlite3_bind_int64(statement_, ++bound_, value));
         return *this;
     }
-    Statement& bind(std::optional<double> value)
-    {
+    Statement& bind(std::optional<double> value) {
         check(value ? sqlite3_bind_double(statement_, ++bound_, *value) : sqlite3_bind_null(statement_, ++bound_));
         return *this;
     }
-    Statement& bind(std::optional<int64_t> value)
-    {
+    Statement& bind(std::optional<int64_t> value) {
         check(value ? sqlite3_bind_int64(statement_, ++bound_, *value) : sqlite3_bind_null(statement_, ++bound_));
         return *this;
     }
-    Statement& bindNullable(const json& value)
-    {
+    Statement& bindNullable(const json& value) {
         return value.is_string() ? bind(value.get<std::string>()) : bind(std::optional<int64_t>());
     }
 
     // True while there is a row to read.
-    bool step()
-    {
+    bool step() {
         const int status = sqlite3_step(statement_);
         if (status != SQLITE_ROW && status != SQLITE_DONE)
             index_.fail("step");
@@ -134,16 +125,14 @@ public:
     }
 
     int64_t integer(int column) const { return sqlite3_column_int64(statement_, column); }
-    std::string text(int column) const
-    {
+    std::string text(int column) const {
         const auto* value = sqlite3_column_text(statement_, column);
         return value ? std::string(reinterpret_cast<const char*>(value),
                                    static_cast<size_t>(sqlite3_column_bytes(statement_, column)))
                      : std::string();
     }
     // The column as JSON: numbers and text as they are, NULL as null.
-    json value(int column) const
-    {
+    json value(int column) const {
         switch (sqlite3_column_type(statement_, column)) {
         case SQLITE_INTEGER: return integer(column);
         case SQLITE_FLOAT: return sqlite3_column_double(statement_, column);
@@ -152,8 +141,7 @@ public:
         }
     }
     // The row as an object whose keys are the column names.
-    json row() const
-    {
+    json row() const {
         json object = json::object();
         for (int i = 0; i < sqlite3_column_count(statement_); ++i)
             object[sqlite3_column_name(statement_, i)] = value(i);
@@ -161,8 +149,7 @@ public:
     }
 
 private:
-    void check(int status)
-    {
+    void check(int status) {
         if (status != SQLITE_OK)
             index_.fail("bind");
     }
@@ -172,28 +159,24 @@ private:
     int bound_ = 0;
 };
 
-SqliteCallIndex::~SqliteCallIndex()
-{
+SqliteCallIndex::~SqliteCallIndex() {
     sqlite3_close_v2(db_);
 }
 
-void SqliteCallIndex::open()
-{
+void SqliteCallIndex::open() {
     std::lock_guard<std::mutex> lock(mutex_);
     connect();
 }
 
 // Drops the connection, so that the next call opens it again, and throws.
-void SqliteCallIndex::fail(const std::string& what)
-{
+void SqliteCallIndex::fail(const std::string& what) {
     std::string problem = path_ + ": " + what + ": " + (db_ ? sqlite3_errmsg(db_) : "cannot open");
     sqlite3_close_v2(db_);
     db_ = nullptr;
     throw std::runtime_error(problem);
 }
 
-void SqliteCallIndex::connect()
-{
+void SqliteCallIndex::connect() {
     if (db_)
         return;
     if (sqlite3_open_v2(path_.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) != SQLITE_OK)
@@ -203,14 +186,12 @@ void SqliteCallIndex::connect()
     upgradeSchema();
 }
 
-void SqliteCallIndex::execute(const char* sql)
-{
+void SqliteCallIndex::execute(const char* sql) {
     if (sqlite3_exec(db_, sql, nullptr, nullptr, nullptr) != SQLITE_OK)
         fail("execute");
 }
 
-void SqliteCallIndex::upgradeSchema()
-{
+void SqliteCallIndex::upgradeSchema() {
     execute("BEGIN IMMEDIATE; CREATE TABLE IF NOT EXISTS schema_version (version INTEGER NOT NULL);");
     int64_t version = 0;
     {
@@ -229,8 +210,7 @@ void SqliteCallIndex::upgradeSchema()
     execute("COMMIT");
 }
 
-void SqliteCallIndex::add(const IndexedCall& call)
-{
+void SqliteCallIndex::add(const IndexedCall& call) {
     std::lock_guard<std::mutex> lock(mutex_);
     connect();
     // A failure closes the connection, which abandons the transaction.
@@ -239,22 +219,30 @@ void SqliteCallIndex::add(const IndexedCall& call)
     execute("COMMIT");
 }
 
-void SqliteCallIndex::insertCall(const IndexedCall& call)
-{
+void SqliteCallIndex::insertCall(const IndexedCall& call) {
     const json& record = call.record;
     const json streams = record.value("streams", json::array());
     const json files = record.value("files", json::object());
     Statement insert(*this, R"(INSERT INTO calls (signalling, call_id, call_reference, caller, callee, start_ms,
         end_ms, start, "end", duration, end_reason, signalling_packets, folder, pcap, wav, lowest_mos, media, dtmf)
         VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?))");
-    insert.bind(textOr(record, "signalling")).bind(textOr(record, "call_id"))
+    insert.bind(textOr(record, "signalling"))
+        .bind(textOr(record, "call_id"))
         .bindNullable(record.value("call_reference", json()))
-        .bind(textOr(record, "caller")).bind(textOr(record, "callee"))
-        .bind(call.startMs).bind(call.endMs).bind(textOr(record, "start")).bind(textOr(record, "end"))
-        .bind(std::optional<double>(record.value("duration", 0.0))).bind(textOr(record, "end_reason"))
-        .bind(record.value("signalling_packets", int64_t{0})).bind(call.folderName)
-        .bindNullable(files.value("pcap", json())).bindNullable(files.value("wav", json()))
-        .bind(lowestMos(streams)).bind(record.value("media", json::array()).dump())
+        .bind(textOr(record, "caller"))
+        .bind(textOr(record, "callee"))
+        .bind(call.startMs)
+        .bind(call.endMs)
+        .bind(textOr(record, "start"))
+        .bind(textOr(record, "end"))
+        .bind(std::optional<double>(record.value("duration", 0.0)))
+        .bind(textOr(record, "end_reason"))
+        .bind(record.value("signalling_packets", int64_t{0}))
+        .bind(call.folderName)
+        .bindNullable(files.value("pcap", json()))
+        .bindNullable(files.value("wav", json()))
+        .bind(lowestMos(streams))
+        .bind(record.value("media", json::array()).dump())
         .bind(record.value("dtmf", json::array()).dump());
     insert.step();
     const int64_t id = sqlite3_last_insert_rowid(db_);
@@ -262,17 +250,27 @@ void SqliteCallIndex::insertCall(const IndexedCall& call)
     int64_t position = 0;
     for (const json& message : record.value("messages", json::array())) {
         Statement(*this, "INSERT INTO messages VALUES (?, ?, ?, ?, ?, ?, ?)")
-            .bind(id).bind(position++).bind(textOr(message, "time")).bind(textOr(message, "direction"))
-            .bind(textOr(message, "source")).bind(textOr(message, "destination")).bind(textOr(message, "line"))
+            .bind(id)
+            .bind(position++)
+            .bind(textOr(message, "time"))
+            .bind(textOr(message, "direction"))
+            .bind(textOr(message, "source"))
+            .bind(textOr(message, "destination"))
+            .bind(textOr(message, "line"))
             .step();
     }
     position = 0;
     for (const json& stream : streams) {
         const json mos = stream.value("mos", json());
         Statement(*this, "INSERT INTO streams VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)")
-            .bind(id).bind(position++).bind(textOr(stream, "destination")).bind(textOr(stream, "source"))
-            .bind(textOr(stream, "speaker")).bind(textOr(stream, "codec"))
-            .bind(stream.value("packets", int64_t{0})).bind(stream.value("bytes", int64_t{0}))
+            .bind(id)
+            .bind(position++)
+            .bind(textOr(stream, "destination"))
+            .bind(textOr(stream, "source"))
+            .bind(textOr(stream, "speaker"))
+            .bind(textOr(stream, "codec"))
+            .bind(stream.value("packets", int64_t{0}))
+            .bind(stream.value("bytes", int64_t{0}))
             .bind(stream.value("lost", int64_t{0}))
             .bind(mos.is_number() ? std::optional<double>(mos.get<double>()) : std::nullopt)
             .bind(stream.dump())
@@ -280,13 +278,16 @@ void SqliteCallIndex::insertCall(const IndexedCall& call)
     }
 }
 
-json SqliteCallIndex::search(const CallQuery& query)
-{
+json SqliteCallIndex::search(const CallQuery& query) {
     std::lock_guard<std::mutex> lock(mutex_);
     connect();
     const auto bindFilter = [&query](Statement& statement) -> Statement& {
-        return statement.bind(query.party).bind(query.callId).bind(query.fromMs).bind(query.toMs)
-            .bind(query.signalling).bind(query.mosBelow);
+        return statement.bind(query.party)
+            .bind(query.callId)
+            .bind(query.fromMs)
+            .bind(query.toMs)
+            .bind(query.signalling)
+            .bind(query.mosBelow);
     };
     Statement count(*this, std::string("SELECT count(*)") + kFilter);
     bindFilter(count).step();
@@ -299,8 +300,7 @@ json SqliteCallIndex::search(const CallQuery& query)
     return {{"total", count.integer(0)}, {"page", query.page}, {"per_page", query.perPage}, {"calls", calls}};
 }
 
-std::optional<json> SqliteCallIndex::details(int64_t id)
-{
+std::optional<json> SqliteCallIndex::details(int64_t id) {
     std::lock_guard<std::mutex> lock(mutex_);
     connect();
     Statement call(*this, R"(SELECT id, signalling, call_id, call_reference, caller, callee, start, "end", duration,
@@ -311,8 +311,9 @@ std::optional<json> SqliteCallIndex::details(int64_t id)
     for (const char* key : {"media", "dtmf"})
         details[key] = json::parse(details[key].get<std::string>(), nullptr, false);
 
-    Statement messages(*this, "SELECT time, direction, source, destination, line FROM messages "
-                              "WHERE call = ? ORDER BY position");
+    Statement messages(*this,
+                       "SELECT time, direction, source, destination, line FROM messages "
+                       "WHERE call = ? ORDER BY position");
     messages.bind(id);
     details["messages"] = json::array();
     while (messages.step())
@@ -326,8 +327,7 @@ std::optional<json> SqliteCallIndex::details(int64_t id)
     return details;
 }
 
-std::optional<std::string> SqliteCallIndex::folderOf(int64_t id)
-{
+std::optional<std::string> SqliteCallIndex::folderOf(int64_t id) {
     std::lock_guard<std::mutex> lock(mutex_);
     connect();
     Statement folder(*this, "SELECT folder FROM calls WHERE id = ?");
@@ -336,8 +336,7 @@ std::optional<std::string> SqliteCallIndex::folderOf(int64_t id)
     return folder.text(0);
 }
 
-std::vector<std::string> SqliteCallIndex::removeStartedBefore(int64_t ms)
-{
+std::vector<std::string> SqliteCallIndex::removeStartedBefore(int64_t ms) {
     std::lock_guard<std::mutex> lock(mutex_);
     connect();
     execute("BEGIN IMMEDIATE");

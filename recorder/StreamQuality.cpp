@@ -6,8 +6,7 @@
 
 namespace recorder {
 
-void StreamQuality::add(const RtpPacket& packet, TimePoint arrival, int clockRate, bool timed)
-{
+void StreamQuality::add(const RtpPacket& packet, TimePoint arrival, int clockRate, bool timed) {
     Source& source = sources_[packet.ssrc];
     const SequenceArrival kind = source.sequences.add(packet.sequence);
     if (!timed || kind == SequenceArrival::Duplicate)
@@ -56,8 +55,7 @@ void StreamQuality::add(const RtpPacket& packet, TimePoint arrival, int clockRat
 // never too high; of several SRs the lowest count is kept. Without an SR, or with an SR before
 // any packet of its source, nothing is counted; a packet count that wrapped past 2^32 is not
 // followed.
-void StreamQuality::addSenderReport(const SenderReport& report)
-{
+void StreamQuality::addSenderReport(const SenderReport& report) {
     const auto found = sources_.find(report.ssrc);
     if (found == sources_.end() || !found->second.sequences.started())
         return;
@@ -65,16 +63,15 @@ void StreamQuality::addSenderReport(const SenderReport& report)
     int64_t last = source.sequences.highest();
     if (source.timed && source.packetTicks > 0) {
         const int64_t ahead = static_cast<int32_t>(report.rtpTimestamp - source.highestTimestamp);
-        const int64_t packets = ahead >= 0 ? ahead / source.packetTicks
-                                           : -((-ahead + source.packetTicks - 1) / source.packetTicks);
+        const int64_t packets =
+            ahead >= 0 ? ahead / source.packetTicks : -((-ahead + source.packetTicks - 1) / source.packetTicks);
         last = source.highestTimed + packets;
     }
     const int64_t first = last + 1 - int64_t{report.packetCount};
     source.firstSent = std::max(source.firstSent.value_or(first), first);
 }
 
-void StreamQuality::addReportBlock(const ReportBlock& block)
-{
+void StreamQuality::addReportBlock(const ReportBlock& block) {
     const auto found = sources_.find(block.source);
     if (found == sources_.end())
         return;
@@ -83,16 +80,14 @@ void StreamQuality::addReportBlock(const ReportBlock& block)
     source.lastBlock = block;
 }
 
-QualitySummary StreamQuality::summary(int clockRate) const
-{
+QualitySummary StreamQuality::summary(int clockRate) const {
     const double msPerTick = 1000.0 / clockRate;
     QualitySummary total;
     for (const auto& [ssrc, source] : sources_) {
         const SequenceCounter& sequences = source.sequences;
-        const uint64_t before =
-            source.firstSent && *source.firstSent < sequences.lowest()
-                ? static_cast<uint64_t>(sequences.lowest() - *source.firstSent)
-                : 0;
+        const uint64_t before = source.firstSent && *source.firstSent < sequences.lowest()
+                                    ? static_cast<uint64_t>(sequences.lowest() - *source.firstSent)
+                                    : 0;
         total.received += sequences.received();
         total.lost += sequences.lost() + before;
         total.lostBeforeFirst += before;

@@ -13,13 +13,13 @@ namespace recorder {
 // The quality of one stream, from its packets' sequence numbers and timestamps and from what
 // the RTCP of its sender and its receiver said about it.
 struct QualitySummary {
-    uint64_t received = 0;        // distinct packets
-    uint64_t lost = 0;            // lostBeforeFirst included
+    uint64_t received = 0;  // distinct packets
+    uint64_t lost = 0;      // lostBeforeFirst included
     uint64_t lostBeforeFirst = 0;
     uint64_t duplicates = 0;
     uint64_t outOfOrder = 0;
-    double longestGapMs = 0;      // media time between packets following each other in sequence
-    double packetMs = 0;          // media time of one packet, 0 when unknown
+    double longestGapMs = 0;                 // media time between packets following each other in sequence
+    double packetMs = 0;                     // media time of one packet, 0 when unknown
     std::optional<double> jitterMs;          // the largest the receiver reported
     std::optional<double> rtcpFractionLost;  // the receiver's latest, 0 to 1
     std::optional<int64_t> rtcpCumulativeLost;
@@ -45,11 +45,11 @@ public:
 private:
     struct Source {
         SequenceCounter sequences;
-        bool timed = false;           // a timed packet was the highest so far
+        bool timed = false;             // a timed packet was the highest so far
         uint32_t highestTimestamp = 0;  // of the highest timed packet
         int64_t highestTimed = 0;       // its extended sequence number
-        int64_t longestGap = 0;       // timestamp units
-        int64_t packetTicks = 0;      // timestamp step between two consecutive numbers
+        int64_t longestGap = 0;         // timestamp units
+        int64_t packetTicks = 0;        // timestamp step between two consecutive numbers
         // RFC 3550 A.8 at the recorder, in seconds.
         bool transitKnown = false;
         double lastTransit = 0;

@@ -4,8 +4,7 @@
 
 namespace recorder {
 
-std::string_view trim(std::string_view text)
-{
+std::string_view trim(std::string_view text) {
     while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front())))
         text.remove_prefix(1);
     while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())))
@@ -13,8 +12,7 @@ std::string_view trim(std::string_view text)
     return text;
 }
 
-bool equalsNoCase(std::string_view a, std::string_view b)
-{
+bool equalsNoCase(std::string_view a, std::string_view b) {
     if (a.size() != b.size())
         return false;
     for (size_t i = 0; i < a.size(); ++i)
@@ -23,18 +21,15 @@ bool equalsNoCase(std::string_view a, std::string_view b)
     return true;
 }
 
-bool startsWith(std::string_view text, std::string_view prefix)
-{
+bool startsWith(std::string_view text, std::string_view prefix) {
     return text.substr(0, prefix.size()) == prefix;
 }
 
-bool startsWithNoCase(std::string_view text, std::string_view prefix)
-{
+bool startsWithNoCase(std::string_view text, std::string_view prefix) {
     return text.size() >= prefix.size() && equalsNoCase(text.substr(0, prefix.size()), prefix);
 }
 
-std::vector<std::string_view> splitLines(std::string_view text)
-{
+std::vector<std::string_view> splitLines(std::string_view text) {
     std::vector<std::string_view> lines;
     while (!text.empty()) {
         const size_t end = text.find('\n');
@@ -49,8 +44,7 @@ std::vector<std::string_view> splitLines(std::string_view text)
     return lines;
 }
 
-long leadingNumber(std::string_view text)
-{
+long leadingNumber(std::string_view text) {
     long value = -1;
     for (const char c : text) {
         if (!std::isdigit(static_cast<unsigned char>(c)) || value > 99999999)
@@ -63,8 +57,7 @@ long leadingNumber(std::string_view text)
 namespace {
 
 // The length of the well-formed UTF-8 sequence at the start of `text`, 0 when there is none.
-size_t utf8SequenceLength(std::string_view text)
-{
+size_t utf8SequenceLength(std::string_view text) {
     const auto byte = [&text](size_t i) { return static_cast<unsigned char>(text[i]); };
     const unsigned char lead = byte(0);
     if (lead < 0x80)
@@ -88,8 +81,7 @@ size_t utf8SequenceLength(std::string_view text)
 
 }  // namespace
 
-std::string validUtf8(std::string_view text)
-{
+std::string validUtf8(std::string_view text) {
     std::string valid;
     valid.reserve(text.size());
     while (!text.empty()) {

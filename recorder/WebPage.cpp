@@ -4,8 +4,7 @@ namespace recorder {
 
 // Whatever came from the wire is put on the page as text nodes and attribute values, never
 // as markup.
-const char* webPage()
-{
+const char* webPage() {
     return R"PAGE(<!DOCTYPE html>
 <html lang="en">
 <head>

@@ -23,8 +23,7 @@ struct BadRequest : std::runtime_error {
 };
 
 int64_t integerParameter(const httplib::Request& request, const char* name, int64_t fallback, int64_t low,
-                         int64_t high)
-{
+                         int64_t high) {
     if (!request.has_param(name))
         return fallback;
     const std::string text = request.get_param_value(name);
@@ -37,8 +36,7 @@ int64_t integerParameter(const httplib::Request& request, const char* name, int6
 }
 
 // Milliseconds since the epoch, or a UTC time "2026-05-01T12:00", with seconds and a "Z" or not.
-std::optional<int64_t> timeParameter(const httplib::Request& request, const char* name)
-{
+std::optional<int64_t> timeParameter(const httplib::Request& request, const char* name) {
     const std::string text = request.has_param(name) ? request.get_param_value(name) : "";
     if (text.empty())
         return std::nullopt;
@@ -54,8 +52,7 @@ std::optional<int64_t> timeParameter(const httplib::Request& request, const char
     throw BadRequest(std::string(name) + ": milliseconds since 1970 or YYYY-MM-DDTHH:MM[:SS] (UTC) expected");
 }
 
-CallQuery callQuery(const httplib::Request& request)
-{
+CallQuery callQuery(const httplib::Request& request) {
     CallQuery query;
     query.party = request.get_param_value("q");
     query.callId = request.get_param_value("call_id");
@@ -76,23 +73,20 @@ CallQuery callQuery(const httplib::Request& request)
     return query;
 }
 
-void sendJson(httplib::Response& response, const json& body, int status = 200)
-{
+void sendJson(httplib::Response& response, const json& body, int status = 200) {
     response.status = status;
     response.set_content(body.dump(-1, ' ', false, json::error_handler_t::replace), "application/json");
 }
 
 // Equal texts take as long to compare whatever their first difference.
-bool sameToken(const std::string& given, const std::string& expected)
-{
+bool sameToken(const std::string& given, const std::string& expected) {
     unsigned char difference = given.size() == expected.size() ? 0 : 1;
     for (size_t i = 0; i < given.size(); ++i)
         difference |= static_cast<unsigned char>(given[i] ^ expected[i % expected.size()]);
     return difference == 0;
 }
 
-std::string randomNonce()
-{
+std::string randomNonce() {
     std::random_device random;
     std::string nonce;
     for (int i = 0; i < 4; ++i) {
@@ -104,8 +98,7 @@ std::string randomNonce()
 }
 
 // The page, with a fresh nonce for its script and style: nothing else may run on it.
-void sendPage(httplib::Response& response)
-{
+void sendPage(httplib::Response& response) {
     const std::string nonce = randomNonce();
     std::string page = webPage();
     for (size_t at = page.find("{{nonce}}"); at != std::string::npos; at = page.find("{{nonce}}", at))
@@ -116,8 +109,7 @@ void sendPage(httplib::Response& response)
     response.set_content(page, "text/html; charset=utf-8");
 }
 
-bool plainName(const std::string& name)
-{
+bool plainName(const std::string& name) {
     return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
 
@@ -125,9 +117,11 @@ bool plainName(const std::string& name)
 
 WebServer::WebServer(CallIndex& index, std::filesystem::path root, std::string token,
                      std::function<std::string()> metrics)
-    : index_(index), root_(std::move(root)), token_(std::move(token)), metrics_(std::move(metrics)),
-      server_(std::make_unique<httplib::Server>())
-{
+    : index_(index),
+      root_(std::move(root)),
+      token_(std::move(token)),
+      metrics_(std::move(metrics)),
+      server_(std::make_unique<httplib::Server>()) {
     httplib::Server& server = *server_;
     server.set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
         response.set_header("X-Content-Type-Options", "nosniff");
@@ -151,12 +145,10 @@ WebServer::WebServer(CallIndex& index, std::filesystem::path root, std::string t
     });
     server.Get("/", [](const httplib::Request&, httplib::Response& response) { sendPage(response); });
     server.Get(R"(/calls/\d+)", [](const httplib::Request&, httplib::Response& response) { sendPage(response); });
-    server.Get("/api/calls", [this](const httplib::Request& request, httplib::Response& response) {
-        listCalls(request, response);
-    });
-    server.Get(R"(/api/calls/(\d{1,18}))", [this](const httplib::Request& request, httplib::Response& response) {
-        showCall(request, response);
-    });
+    server.Get("/api/calls",
+               [this](const httplib::Request& request, httplib::Response& response) { listCalls(request, response); });
+    server.Get(R"(/api/calls/(\d{1,18}))",
+               [this](const httplib::Request& request, httplib::Response& response) { showCall(request, response); });
     server.Get(R"(/files/(\d{1,18})/(call\.wav|call\.pcap))",
                [this](const httplib::Request& request, httplib::Response& response) { sendFile(request, response); });
     server.Get("/metrics", [this](const httplib::Request&, httplib::Response& response) {
@@ -164,13 +156,11 @@ WebServer::WebServer(CallIndex& index, std::filesystem::path root, std::string t
     });
 }
 
-WebServer::~WebServer()
-{
+WebServer::~WebServer() {
     stop();
 }
 
-bool WebServer::start(const std::string& address, uint16_t port)
-{
+bool WebServer::start(const std::string& address, uint16_t port) {
     const int bound = port == 0 ? server_->bind_to_any_port(address) : server_->bind_to_port(address, port) ? port : -1;
     if (bound <= 0) {
         log::error() << "Cannot serve the web page on " << address << ":" << port;
@@ -181,15 +171,13 @@ bool WebServer::start(const std::string& address, uint16_t port)
     return true;
 }
 
-void WebServer::stop()
-{
+void WebServer::stop() {
     server_->stop();
     if (thread_.joinable())
         thread_.join();
 }
 
-bool WebServer::authorised(const httplib::Request& request) const
-{
+bool WebServer::authorised(const httplib::Request& request) const {
     if (token_.empty())
         return true;
     const std::string header = request.get_header_value("Authorization");
@@ -200,13 +188,11 @@ bool WebServer::authorised(const httplib::Request& request) const
     return request.has_param("token") && sameToken(request.get_param_value("token"), token_);
 }
 
-void WebServer::listCalls(const httplib::Request& request, httplib::Response& response)
-{
+void WebServer::listCalls(const httplib::Request& request, httplib::Response& response) {
     sendJson(response, index_.search(callQuery(request)));
 }
 
-void WebServer::showCall(const httplib::Request& request, httplib::Response& response)
-{
+void WebServer::showCall(const httplib::Request& request, httplib::Response& response) {
     const auto details = index_.details(std::stoll(request.matches[1]));
     if (details)
         sendJson(response, *details);
@@ -216,8 +202,7 @@ void WebServer::showCall(const httplib::Request& request, httplib::Response& res
 
 // The file is found through the call's id and one of two names: what the request says never
 // becomes a path.
-void WebServer::sendFile(const httplib::Request& request, httplib::Response& response)
-{
+void WebServer::sendFile(const httplib::Request& request, httplib::Response& response) {
     const std::string name = request.matches[2];
     const auto folder = index_.folderOf(std::stoll(request.matches[1]));
     const std::filesystem::path path = folder && plainName(*folder) ? root_ / *folder / name : std::filesystem::path();
@@ -234,17 +219,16 @@ void WebServer::sendFile(const httplib::Request& request, httplib::Response& res
     auto file = std::make_shared<std::ifstream>(path, std::ios::binary);
     const auto size = static_cast<size_t>(std::filesystem::file_size(path, error));
     response.set_header("Content-Disposition", "inline; filename=\"" + name + "\"");
-    response.set_content_provider(
-        size, name == "call.wav" ? "audio/wav" : "application/vnd.tcpdump.pcap",
-        [file](size_t offset, size_t length, httplib::DataSink& sink) {
-            char buffer[65536];
-            file->clear();
-            file->seekg(static_cast<std::streamoff>(offset));
-            const size_t wanted = std::min(length, sizeof buffer);
-            file->read(buffer, static_cast<std::streamsize>(wanted));
-            const auto got = static_cast<size_t>(file->gcount());
-            return got > 0 && sink.write(buffer, got);
-        });
+    response.set_content_provider(size, name == "call.wav" ? "audio/wav" : "application/vnd.tcpdump.pcap",
+                                  [file](size_t offset, size_t length, httplib::DataSink& sink) {
+                                      char buffer[65536];
+                                      file->clear();
+                                      file->seekg(static_cast<std::streamoff>(offset));
+                                      const size_t wanted = std::min(length, sizeof buffer);
+                                      file->read(buffer, static_cast<std::streamsize>(wanted));
+                                      const auto got = static_cast<size_t>(file->gcount());
+                                      return got > 0 && sink.write(buffer, got);
+                                  });
 }
 
 }  // namespace recorder

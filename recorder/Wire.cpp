@@ -6,16 +6,14 @@
 
 namespace recorder {
 
-CommandBytes encodeCommand(CommandCode code, const Endpoint& rtp)
-{
+CommandBytes encodeCommand(CommandCode code, const Endpoint& rtp) {
     const sniffer_command command{static_cast<uint8_t>(code), htonl(rtp.ip), htons(rtp.port)};
     CommandBytes bytes;
     std::memcpy(bytes.data(), &command, bytes.size());
     return bytes;
 }
 
-FrameStatus readFrame(const uint8_t* data, size_t size, Frame& frame, size_t& length, std::string& problem)
-{
+FrameStatus readFrame(const uint8_t* data, size_t size, Frame& frame, size_t& length, std::string& problem) {
     if (size < 2)
         return FrameStatus::Incomplete;
     length = (size_t{data[0]} << 8) | data[1];
@@ -42,16 +40,14 @@ FrameStatus readFrame(const uint8_t* data, size_t size, Frame& frame, size_t& le
     return FrameStatus::Complete;
 }
 
-void FrameStream::append(const uint8_t* data, size_t size, TimePoint arrival)
-{
+void FrameStream::append(const uint8_t* data, size_t size, TimePoint arrival) {
     buffer_.erase(buffer_.begin(), buffer_.begin() + static_cast<std::ptrdiff_t>(start_));
     start_ = 0;
     buffer_.insert(buffer_.end(), data, data + size);
     arrival_ = arrival;
 }
 
-FrameStatus FrameStream::next(Frame& frame)
-{
+FrameStatus FrameStream::next(Frame& frame) {
     size_t length = 0;
     const FrameStatus status = readFrame(buffer_.data() + start_, buffer_.size() - start_, frame, length, problem_);
     if (status == FrameStatus::Complete) {
@@ -61,15 +57,13 @@ FrameStatus FrameStream::next(Frame& frame)
     return status;
 }
 
-void FrameStream::clear()
-{
+void FrameStream::clear() {
     buffer_.clear();
     start_ = 0;
     problem_.clear();
 }
 
-FrameStatus readDatagram(const uint8_t* data, size_t size, Frame& frame, std::string& problem)
-{
+FrameStatus readDatagram(const uint8_t* data, size_t size, Frame& frame, std::string& problem) {
     size_t length = 0;
     const FrameStatus status = readFrame(data, size, frame, length, problem);
     if (status == FrameStatus::Malformed)

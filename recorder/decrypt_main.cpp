@@ -10,8 +10,7 @@
 
 namespace {
 
-void printUsage(const char* program)
-{
+void printUsage(const char* program) {
     std::cerr << "Usage: " << program << " SECRET_KEY_FILE FILE.enc [OUT]\n"
               << "       " << program << " --make-keys DIR\n"
               << "Decrypts FILE.enc into OUT (default: FILE.enc without .enc), or writes a new key pair as\n"
@@ -19,24 +18,21 @@ void printUsage(const char* program)
               << "away from the recorder's host).\n";
 }
 
-std::string defaultOutput(const std::string& sealed)
-{
+std::string defaultOutput(const std::string& sealed) {
     const std::string suffix = ".enc";
     if (sealed.size() > suffix.size() && sealed.compare(sealed.size() - suffix.size(), suffix.size(), suffix) == 0)
         return sealed.substr(0, sealed.size() - suffix.size());
     return sealed + ".clear";
 }
 
-int fail(const char* program, const std::string& problem)
-{
+int fail(const char* program, const std::string& problem) {
     std::cerr << program << ": " << problem << "\n";
     return 1;
 }
 
 }  // namespace
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     std::string problem;
     if (argc == 3 && std::strcmp(argv[1], "--make-keys") == 0) {
         if (!recorder::KeyFile::makePair(argv[2], problem))

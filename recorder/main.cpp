@@ -5,19 +5,15 @@
 #include <csignal>
 #include <iostream>
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     recorder::Options options;
     std::string problem;
     switch (recorder::parseOptions(argc, argv, options, problem)) {
-    case recorder::OptionsResult::Help:
-        std::cout << recorder::usage(argv[0]);
-        return 0;
+    case recorder::OptionsResult::Help: std::cout << recorder::usage(argv[0]); return 0;
     case recorder::OptionsResult::Invalid:
         std::cerr << argv[0] << ": " << problem << "\n" << recorder::usage(argv[0]);
         return 2;
-    case recorder::OptionsResult::Run:
-        break;
+    case recorder::OptionsResult::Run: break;
     }
     recorder::log::setVerbose(options.verbose);
 

@@ -28,8 +28,8 @@ void Config::loadProperties() {
         // An over-long line is skipped whole rather than split: half a line
         // could otherwise set a key that nobody wrote.
         if (line.size() > maxLineLength) {
-            LOG4CXX_WARN(logger, "Skipping line " << lineNumber << " of " << cfgFileName
-                                 << ": longer than " << maxLineLength << " characters");
+            LOG4CXX_WARN(logger, "Skipping line " << lineNumber << " of " << cfgFileName << ": longer than "
+                                                  << maxLineLength << " characters");
             continue;
         }
         addLine(line);

@@ -239,8 +239,7 @@ Reader ipProtocolReader(u_char protocol) {
 // so the packet read last is the one found.
 Next readNext(Next next, Walk& walk) {
     switch (next) {
-    case Next::Ethernet:
-        return readEtherTypeHeader<ether_header_wire>(walk);
+    case Next::Ethernet: return readEtherTypeHeader<ether_header_wire>(walk);
     case Next::ByEtherType: {
         const Reader read = etherTypeReader(walk.etherType);
         return read ? read(walk) : Next::Drop;
@@ -249,8 +248,7 @@ Next readNext(Next next, Walk& walk) {
         const Reader read = ipProtocolReader(walk.ipProtocol);
         return read ? read(walk) : Next::Found;
     }
-    default:
-        return next;
+    default: return next;
     }
 }
 }  // namespace

@@ -214,7 +214,8 @@ const char* const documentedWords = "one of the documented words";
 const ChoiceKey choiceKeys[] = {
     {"LinkMode", parseLinkMode, showLinkMode, documentedWords},
     {"Decapsulate", parseDecapsulate, showDecapsulate, documentedWords},
-    {"CommandSource", parseCommandSource, showCommandSource, "IPv4 addresses separated by commas, as 192.0.2.7,192.0.2.8"},
+    {"CommandSource", parseCommandSource, showCommandSource,
+     "IPv4 addresses separated by commas, as 192.0.2.7,192.0.2.8"},
     {"ReassembleIp", parseReassembleIp, showReassembleIp, documentedWords},
     {"SipOverTcp", parseSipOverTcp, showSipOverTcp, documentedWords},
     {"SipTcpPorts", parseSipTcpPorts, showSipTcpPorts, "ports from 1 to 65535 separated by commas, as 5060,5080"},
@@ -242,8 +243,8 @@ bool EngineOptions::load(const Lookup& lookup) {
         const std::string value = lookup(key.name);
         keysGiven |= !value.empty();
         if (!value.empty() && !parseNumber(value, key.min, key.max, this->*key.field)) {
-            reportInvalid(key.name, value, "a whole number from " + std::to_string(key.min) + " to " +
-                                               std::to_string(key.max));
+            reportInvalid(key.name, value,
+                          "a whole number from " + std::to_string(key.min) + " to " + std::to_string(key.max));
             return false;
         }
     }

@@ -30,15 +30,15 @@ public:
     int captureTimeoutMs = 1000;           // libpcap read time-out of every live device
     int rtpPreRollMs = 0;                  // 0: unlisted datagrams are not held
     int preRollLimitMiB = 64;
-    int statsIntervalS = 60;               // 0: counters only at stop
+    int statsIntervalS = 60;  // 0: counters only at stop
 
     // Classification.
-    bool decapsulate = false;  // read IPv4 under tag stacks, labels and tunnels
+    bool decapsulate = false;   // read IPv4 under tag stacks, labels and tunnels
     bool reassembleIp = false;  // put fragmented IPv4 datagrams together before classifying them
     int reassemblyLimitMiB = 16;
-    bool sipOverTcp = false;                    // TCP on sipTcpPorts carries SIP, framed by Content-Length
+    bool sipOverTcp = false;  // TCP on sipTcpPorts carries SIP, framed by Content-Length
     std::vector<uint16_t> sipTcpPorts{5060};
-    bool reassembleH323 = false;                // H.323 TPKT messages taken from the reassembled TCP stream
+    bool reassembleH323 = false;  // H.323 TPKT messages taken from the reassembled TCP stream
 
     // UDP link: the addresses commands are taken from (host byte order);
     // empty: every sender, which also takes the frames over.

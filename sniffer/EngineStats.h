@@ -21,9 +21,9 @@ struct EngineStats {
     Counter preRollForwarded{0};
     Counter preRollDropped{0};  // past the pre-roll's memory limit
     Counter hepSent{0};
-    Counter hepDropped{0};  // past the HEP queue's bound, too long, or a datagram the system refused
+    Counter hepDropped{0};       // past the HEP queue's bound, too long, or a datagram the system refused
     Counter commandsIgnored{0};  // UDP command datagrams from an address CommandSource does not list
-    Counter reassemblyHeld{0};  // IPv4 fragments taken in
+    Counter reassemblyHeld{0};   // IPv4 fragments taken in
     Counter reassembled{0};
     Counter reassemblyTimedOut{0};
     Counter reassemblyDropped{0};    // oldest datagrams let go at the reassembly limit

@@ -11,9 +11,7 @@ namespace h245 = h323::h245;
 
 log4cxx::LoggerPtr H323Parser::logger = log4cxx::Logger::getLogger("SnifferClient");
 
-namespace {
-
-}  // namespace
+namespace {}  // namespace
 
 // The H.225.0 body that belongs to each dispatched Q.931 message type, the
 // heading of its call identifier's DEBUG line, and the components of that
@@ -42,22 +40,46 @@ constexpr unsigned typeInformation = 123;
 constexpr Dispatch dispatchTable[] = {
     {typeSetup, h225::MessageBody::setup, "SETUP CallId: ", h225::Setup::callIdentifier, h225::Setup::fastStart,
      h225::Setup::h245Address},
-    {typeCallProceeding, h225::MessageBody::callProceeding, "CallProceeding CallId: ",
-     h225::CallProceeding::callIdentifier, h225::CallProceeding::fastStart, {}},
-    {typeProgress, h225::MessageBody::progress, "Progress CallId: ", h225::Progress::callIdentifier,
-     h225::Progress::fastStart, {}},
+    {typeCallProceeding,
+     h225::MessageBody::callProceeding,
+     "CallProceeding CallId: ",
+     h225::CallProceeding::callIdentifier,
+     h225::CallProceeding::fastStart,
+     {}},
+    {typeProgress,
+     h225::MessageBody::progress,
+     "Progress CallId: ",
+     h225::Progress::callIdentifier,
+     h225::Progress::fastStart,
+     {}},
     {typeAlerting, h225::MessageBody::alerting, "Alerting CallId: ", h225::Alerting::callIdentifier,
      h225::Alerting::fastStart, h225::Alerting::h245Address},
     {typeConnect, h225::MessageBody::connect, "Connect CallId: ", h225::Connect::callIdentifier,
      h225::Connect::fastStart, h225::Connect::h245Address},
-    {typeSetupAcknowledge, h225::MessageBody::setupAcknowledge, "SetupAck CallId: ",
-     h225::SetupAcknowledge::callIdentifier, {}, {}},
-    {typeInformation, h225::MessageBody::information, "Information CallId: ", h225::Information::callIdentifier,
-     h225::Information::fastStart, {}},
-    {typeFacility, h225::MessageBody::facility, "Facility CallId: ", h225::Facility::callIdentifier,
-     h225::Facility::fastStart, {}},
-    {typeReleaseComplete, h225::MessageBody::releaseComplete, "ReleaseComplete CallId: ",
-     h225::ReleaseComplete::callIdentifier, {}, {}},
+    {typeSetupAcknowledge,
+     h225::MessageBody::setupAcknowledge,
+     "SetupAck CallId: ",
+     h225::SetupAcknowledge::callIdentifier,
+     {},
+     {}},
+    {typeInformation,
+     h225::MessageBody::information,
+     "Information CallId: ",
+     h225::Information::callIdentifier,
+     h225::Information::fastStart,
+     {}},
+    {typeFacility,
+     h225::MessageBody::facility,
+     "Facility CallId: ",
+     h225::Facility::callIdentifier,
+     h225::Facility::fastStart,
+     {}},
+    {typeReleaseComplete,
+     h225::MessageBody::releaseComplete,
+     "ReleaseComplete CallId: ",
+     h225::ReleaseComplete::callIdentifier,
+     {},
+     {}},
 };
 
 const Dispatch* findDispatch(unsigned messageType) {
@@ -131,8 +153,8 @@ bool H323Parser::decode(const uint8_t* appPayload, size_t size, const u_int& tx_
             if (pdu[h225::UUPDU::h323_message_body].is(h225::MessageBody::empty))
                 result = handleTunnelledH245(pdu, tx_ip, rx_ip, tx_port, rx_port, upStreamPayload, trace);
             else
-                result = describeMessage(messageType, callReference, pdu[h225::UUPDU::h323_message_body],
-                                         upStreamPayload);
+                result =
+                    describeMessage(messageType, callReference, pdu[h225::UUPDU::h323_message_body], upStreamPayload);
         }
     }
     if (traceSignalling)
@@ -167,23 +189,21 @@ bool H323Parser::describeMessage(unsigned messageType, const std::string& callRe
         return false;
     const Value uuie = body.chosen();
     const std::string suffix = messageType == typeReleaseComplete ? " CallRef:" + callReference : "";
-    const bool hasCallId = appendCallId(uuie[dispatch->callIdentifier], dispatch->callIdHeading, suffix,
-                                        upStreamPayload);
+    const bool hasCallId =
+        appendCallId(uuie[dispatch->callIdentifier], dispatch->callIdHeading, suffix, upStreamPayload);
 
     switch (messageType) {
     case typeSetup:
-        appendParty(uuie[h225::Setup::sourceAddress], "SETUP (H225) Caller: ", "SETUP (Q931) Caller: ",
-                    q931pdu.callingPartyNumber(), "s:", upStreamPayload);
-        appendParty(uuie[h225::Setup::destinationAddress], "SETUP (H225) Callee: ", "SETUP (Q931) Callee: ",
-                    q931pdu.calledPartyNumber(), "d:", upStreamPayload);
+        appendParty(uuie[h225::Setup::sourceAddress],
+                    "SETUP (H225) Caller: ", "SETUP (Q931) Caller: ", q931pdu.callingPartyNumber(),
+                    "s:", upStreamPayload);
+        appendParty(uuie[h225::Setup::destinationAddress],
+                    "SETUP (H225) Callee: ", "SETUP (Q931) Callee: ", q931pdu.calledPartyNumber(),
+                    "d:", upStreamPayload);
         fastStartOrH245Address(uuie, *dispatch, "SETUP", callReference, upStreamPayload);
         break;
-    case typeAlerting:
-        fastStartOrH245Address(uuie, *dispatch, "ALERTING", callReference, upStreamPayload);
-        break;
-    case typeConnect:
-        fastStartOrH245Address(uuie, *dispatch, "CONNECT", callReference, upStreamPayload);
-        break;
+    case typeAlerting: fastStartOrH245Address(uuie, *dispatch, "ALERTING", callReference, upStreamPayload); break;
+    case typeConnect: fastStartOrH245Address(uuie, *dispatch, "CONNECT", callReference, upStreamPayload); break;
     case typeInformation: {
         const std::string digits = q931pdu.calledPartyNumber();
         LOG4CXX_DEBUG(logger, "Digit: " << digits);
@@ -196,8 +216,7 @@ bool H323Parser::describeMessage(unsigned messageType, const std::string& callRe
         if (hasCallId)
             eraseCall(callReference);
         break;
-    case typeSetupAcknowledge:
-        break;
+    case typeSetupAcknowledge: break;
     default:  // CallProceeding, Progress, Facility
         getFastStartParams(uuie[dispatch->fastStart], upStreamPayload);
         break;
@@ -215,8 +234,8 @@ bool H323Parser::appendCallId(Value callIdentifier, const char* heading, const s
     return true;
 }
 
-void H323Parser::appendParty(Value aliases, const char* h225Heading, const char* q931Heading,
-                             const std::string& number, const char* tag, std::string& upStreamPayload) {
+void H323Parser::appendParty(Value aliases, const char* h225Heading, const char* q931Heading, const std::string& number,
+                             const char* tag, std::string& upStreamPayload) {
     std::string party;
     if (aliases.size() > 0) {
         party = h323::aliasText(aliases.at(0));
@@ -267,8 +286,8 @@ void H323Parser::getFastStartParams(Value h245FastStartParams, std::string& upSt
 template <class Codec>
 void H323Parser::noteFailure(const char* what, const Codec& codec) {
     ++decodeFailures_[size_t(codec.status())];
-    LOG4CXX_DEBUG(logger, what << " decode failed: " << h323::statusName(codec.status()) << " at "
-                               << codec.stopPath() << ", bit " << codec.stopBit());
+    LOG4CXX_DEBUG(logger, what << " decode failed: " << h323::statusName(codec.status()) << " at " << codec.stopPath()
+                               << ", bit " << codec.stopBit());
 }
 
 // ---------------------------------------------------------------- H.245
@@ -337,7 +356,8 @@ bool H323Parser::findCall(const h245Addr& tx, const h245Addr& rx, std::string& c
 }
 
 void H323Parser::getRequestMediaParams(Value openLogicalChannel, std::string& upStreamPayload) {
-    upStreamPayload += "m:" + std::to_string(openLogicalChannel[h245::Olc::forwardLogicalChannelNumber].integer()) + ":";
+    upStreamPayload +=
+        "m:" + std::to_string(openLogicalChannel[h245::Olc::forwardLogicalChannelNumber].integer()) + ":";
     getForwardLogicalChannelParams(openLogicalChannel[h245::Olc::forwardLogicalChannelParameters], upStreamPayload);
     if (const Value reverse = openLogicalChannel[h245::Olc::reverseLogicalChannelParameters])
         getReverseLogicalChannelParams(reverse, upStreamPayload);
@@ -376,15 +396,15 @@ void H323Parser::getLogicalChannelParams(Value dataType, Value h2250, const char
 void H323Parser::getForwardLogicalChannelParams(Value flcParams, std::string& upStreamPayload) {
     const Value multiplex = flcParams[h245::OlcForward::multiplexParameters];
     const bool h2250 = multiplex.is(h245::OlcForwardMultiplex::h2250LogicalChannelParameters);
-    getLogicalChannelParams(flcParams[h245::OlcForward::dataType], h2250 ? multiplex.chosen() : Value(), "fcodec:",
-                            upStreamPayload);
+    getLogicalChannelParams(flcParams[h245::OlcForward::dataType], h2250 ? multiplex.chosen() : Value(),
+                            "fcodec:", upStreamPayload);
 }
 
 void H323Parser::getReverseLogicalChannelParams(Value rlcParams, std::string& upStreamPayload) {
     const Value multiplex = rlcParams[h245::OlcReverse::multiplexParameters];
     const bool h2250 = multiplex.is(h245::OlcReverseMultiplex::h2250LogicalChannelParameters);
-    getLogicalChannelParams(rlcParams[h245::OlcReverse::dataType], h2250 ? multiplex.chosen() : Value(), "rcodec:",
-                            upStreamPayload);
+    getLogicalChannelParams(rlcParams[h245::OlcReverse::dataType], h2250 ? multiplex.chosen() : Value(),
+                            "rcodec:", upStreamPayload);
 }
 
 void H323Parser::getH2250LogicalChannelParams(Value h225LCParams, std::string& upStreamPayload) {
@@ -405,8 +425,7 @@ void H323Parser::getMediaControlChannelAttributes(Value mediaControlChannel, std
     appendMediaAddress(mediaControlChannel, "rtcp:", "MediaControlChannel", upStreamPayload);
 }
 
-void H323Parser::appendMediaAddress(Value address, const char* prefix, const char* name,
-                                    std::string& upStreamPayload) {
+void H323Parser::appendMediaAddress(Value address, const char* prefix, const char* name, std::string& upStreamPayload) {
     if (!address.is(h245::Transport::unicastAddress)) {
         LOG4CXX_DEBUG(logger, name << " Address is not Unicast. " << address.tagName() << " is not supported");
         return;
@@ -432,8 +451,8 @@ void H323Parser::updateMaps(const std::string& callReference, const h245Addr& ad
     // H.245 segment on it still finds its call.
     h245Map.erase(addr);
     h245Map.emplace(addr, callReference);
-    LOG4CXX_DEBUG(logger, "Inserted " << addr.h245Ip << ":" << addr.h245Port << " and " << callReference
-                                      << " into H245 Map");
+    LOG4CXX_DEBUG(logger,
+                  "Inserted " << addr.h245Ip << ":" << addr.h245Port << " and " << callReference << " into H245 Map");
 }
 
 void H323Parser::eraseCall(const std::string& callReference) {
@@ -448,8 +467,8 @@ void H323Parser::eraseCall(const std::string& callReference) {
     if (h245 == h245Map.end())
         return;
     h245Map.erase(h245);
-    LOG4CXX_DEBUG(logger, "Erased " << addr.h245Ip << ":" << addr.h245Port << " and " << callReference
-                                    << " from H245 Map");
+    LOG4CXX_DEBUG(logger,
+                  "Erased " << addr.h245Ip << ":" << addr.h245Port << " and " << callReference << " from H245 Map");
 }
 
 void H323Parser::displayCallIdMap() {
@@ -458,9 +477,9 @@ void H323Parser::displayCallIdMap() {
     if (h245Map.empty())
         LOG4CXX_DEBUG(logger, "h245Map is empty");
     for (const auto& [callReference, addr] : callRefMap)
-        LOG4CXX_DEBUG(logger, "Call Ref Map --- Key = " << callReference << ", Value = " << addr.h245Ip << ":"
-                                                        << addr.h245Port);
+        LOG4CXX_DEBUG(
+            logger, "Call Ref Map --- Key = " << callReference << ", Value = " << addr.h245Ip << ":" << addr.h245Port);
     for (const auto& [addr, callReference] : h245Map)
-        LOG4CXX_DEBUG(logger, "h245Map --- Key = " << addr.h245Ip << ":" << addr.h245Port
-                                                   << ", Value = " << callReference);
+        LOG4CXX_DEBUG(logger,
+                      "h245Map --- Key = " << addr.h245Ip << ":" << addr.h245Port << ", Value = " << callReference);
 }

@@ -81,8 +81,8 @@ public:
     void getFastStartParams(h323::per::Value h245FastStartParams, std::string& upStreamPayload);
 
     bool handleH245MultimediaSystemControlMsg(h323::per::Value h245MSCMsg, const u_int& tx_ip, const u_int& rx_ip,
-                                              const u_int& tx_port, const u_int& rx_port,
-                                              std::string& upStreamPayload, bool isTunneled);
+                                              const u_int& tx_port, const u_int& rx_port, std::string& upStreamPayload,
+                                              bool isTunneled);
     void getRequestMediaParams(h323::per::Value openLogicalChannel, std::string& upStreamPayload);
     void getResponseMediaParams(h323::per::Value openLogicalChannelAck, std::string& upStreamPayload);
     void getForwardLogicalChannelParams(h323::per::Value flcParams, std::string& upStreamPayload);
@@ -95,14 +95,22 @@ public:
     void updateMaps(const std::string& callReference, const h245Addr& addr);
     void displayCallIdMap();
 
-    void setTraceSignalling(bool trace) { traceSignalling = trace; }
+    void setTraceSignalling(bool trace) {
+        traceSignalling = trace;
+    }
 
     // Messages that failed to decode, by reason. A segment that is not H.245
     // but decodes as Q.931 counts nothing: H.245 is only tried first.
-    uint64_t decodeFailures(h323::DecodeStatus status) const { return decodeFailures_[size_t(status)]; }
+    uint64_t decodeFailures(h323::DecodeStatus status) const {
+        return decodeFailures_[size_t(status)];
+    }
 
-    const std::map<h245Addr, std::string, h245comp>& getH245Map() const { return h245Map; }
-    const std::map<std::string, h245Addr, callrefcomp>& getCallRefMap() const { return callRefMap; }
+    const std::map<h245Addr, std::string, h245comp>& getH245Map() const {
+        return h245Map;
+    }
+    const std::map<std::string, h245Addr, callrefcomp>& getCallRefMap() const {
+        return callRefMap;
+    }
 
 private:
     bool describeMessage(unsigned messageType, const std::string& callReference, h323::per::Value body,

@@ -59,12 +59,8 @@ bool HepExporter::nextPacket(std::vector<uint8_t>& packet) {
 bool HepExporter::deliver(const std::vector<uint8_t>& packet) {
     for (;;) {
         switch (link.deliver(packet, stopping)) {
-        case HepLink::Outcome::Sent:
-            EngineStats::add(stats.hepSent);
-            return true;
-        case HepLink::Outcome::Lost:
-            EngineStats::add(stats.hepDropped);
-            return true;
+        case HepLink::Outcome::Sent: EngineStats::add(stats.hepSent); return true;
+        case HepLink::Outcome::Lost: EngineStats::add(stats.hepDropped); return true;
         case HepLink::Outcome::Retry:
             if (stopping)
                 return false;

@@ -51,8 +51,8 @@ HepLink::Outcome HepLink::deliver(const std::vector<uint8_t>& packet, const std:
 }
 
 HepLink::Outcome HepLink::sendDatagram(const std::vector<uint8_t>& packet) {
-    const ssize_t sent = sendto(fd, packet.data(), packet.size(), 0, reinterpret_cast<const sockaddr*>(&address),
-                                sizeof address);
+    const ssize_t sent =
+        sendto(fd, packet.data(), packet.size(), 0, reinterpret_cast<const sockaddr*>(&address), sizeof address);
     return sent == static_cast<ssize_t>(packet.size()) ? Outcome::Sent : Outcome::Lost;
 }
 

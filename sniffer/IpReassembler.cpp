@@ -132,8 +132,8 @@ void IpReassembler::complete(Order::iterator at) {
 // in the index, so that a flood of small fragments stays within the limit too.
 void IpReassembler::account(Partial& partial) {
     bytes -= partial.footprint;
-    partial.footprint = partial.data.capacity() + partial.present.capacity() + sizeof(Partial) +
-                        sizeof(Key) + sizeof(Order::iterator) + 4 * sizeof(void*);
+    partial.footprint = partial.data.capacity() + partial.present.capacity() + sizeof(Partial) + sizeof(Key) +
+                        sizeof(Order::iterator) + 4 * sizeof(void*);
     bytes += partial.footprint;
 }
 

@@ -53,7 +53,7 @@ private:
     using Key = std::tuple<uint32_t, uint32_t, uint8_t, uint16_t>;  // source, destination, protocol, id
     struct Partial {
         Key key;
-        int64_t firstSeen;  // capture time of its first fragment, in microseconds
+        int64_t firstSeen;             // capture time of its first fragment, in microseconds
         std::vector<u_char> data;      // the IP payload so far
         std::vector<uint8_t> present;  // 1 for each byte of `data` received
         int end = -1;                  // the payload's length, once the last fragment is seen

@@ -113,8 +113,7 @@ LinkLayer::LinkLayer(int linkType, Wanted wantedTypes) : readHeader(find(linkTyp
 bool LinkLayer::asEthernet(const pcap_pkthdr& header, const u_char* frame, AsEthernet& out) const {
     int length = 0;
     uint16_t etherType = 0;
-    if (!readHeader(frame, header.caplen, length, etherType) || header.len < bpf_u_int32(length) ||
-        !wanted(etherType))
+    if (!readHeader(frame, header.caplen, length, etherType) || header.len < bpf_u_int32(length) || !wanted(etherType))
         return false;
     out.header = header;
     out.header.caplen = header.caplen - length + ethernetHeaderLength;

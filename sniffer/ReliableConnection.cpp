@@ -375,6 +375,6 @@ bool ReliableConnection::decodeCommand(SnifferRequest& request) {
         LOG4CXX_DEBUG(logger, "Heartbeat request received");
     else
         LOG4CXX_DEBUG(logger, "rx from server cmd=" << request.request << ", ip=" << dottedQuad(request.rtpAddr)
-                                                     << ", port=" << request.rtpPort);
+                                                    << ", port=" << request.rtpPort);
     return true;
 }

@@ -100,9 +100,9 @@ private:
     std::vector<u_char> outbox;         // whole frames, back to back
     LinkPtr link;
     unsigned generation = 0;  // links made so far
-    bool outage = false;  // an attempt failed: frames are dropped until the link is up
-    bool closed = false;  // closed by the engine: no new link before the next frame
-    bool idle = false;    // the writer has written all it was given
+    bool outage = false;      // an attempt failed: frames are dropped until the link is up
+    bool closed = false;      // closed by the engine: no new link before the next frame
+    bool idle = false;        // the writer has written all it was given
     bool stopping = false;
 
     // The writer's own: frames taken from the outbox and the bytes of them

@@ -4,8 +4,8 @@
 #include <cstring>
 
 const char* const SipHelper::sipReq[18] = {
-    "<Invalid method>", "INVITE", "ACK", "BYE", "CANCEL", "DO", "INFO", "MESSAGE", "NOTIFY",
-    "OPTIONS", "PRACK", "QAUTH", "REFER", "REGISTER", "SPRACK", "SUBSCRIBE", "UPDATE", "PUBLISH"};
+    "<Invalid method>", "INVITE", "ACK",   "BYE",   "CANCEL",   "DO",     "INFO",      "MESSAGE", "NOTIFY",
+    "OPTIONS",          "PRACK",  "QAUTH", "REFER", "REGISTER", "SPRACK", "SUBSCRIBE", "UPDATE",  "PUBLISH"};
 const char* const SipHelper::sipRes = "SIP/2.0";
 const char* const SipHelper::sipPrefix = "sip:";
 
@@ -37,7 +37,9 @@ constexpr std::array<u_char, 256> upperTable() {
 constexpr std::array<bool, 256> white = whiteTable();
 constexpr std::array<u_char, 256> upper = upperTable();
 
-bool isWhite(u_char c) { return white[c]; }
+bool isWhite(u_char c) {
+    return white[c];
+}
 }  // namespace
 
 int SipHelper::memcmpNocase(const u_char* a, const u_char* b, int n) {
@@ -52,20 +54,41 @@ int SipHelper::memcmpNocase(const u_char* a, const u_char* b, int n) {
 
 void SipHelper::getSecondWord(u_char* out, const u_char* in, int limit) {
     int budget = limit - 1;
-    while (budget >= 1 && isWhite(*in)) { ++in; --budget; }
-    while (budget >= 1 && !isWhite(*in)) { ++in; --budget; }
-    while (budget >= 1 && isWhite(*in)) { ++in; --budget; }
+    while (budget >= 1 && isWhite(*in)) {
+        ++in;
+        --budget;
+    }
+    while (budget >= 1 && !isWhite(*in)) {
+        ++in;
+        --budget;
+    }
+    while (budget >= 1 && isWhite(*in)) {
+        ++in;
+        --budget;
+    }
     std::memcpy(out, in, 4);
     out[4] = 0;
 }
 
 void SipHelper::removeWhiteOnce(u_char* out, const u_char* in, int limit) {
     int budget = limit - 1;
-    while (budget >= 1 && isWhite(*in)) { ++in; --budget; }
-    while (budget >= 1 && !isWhite(*in)) { *out++ = *in++; --budget; }
+    while (budget >= 1 && isWhite(*in)) {
+        ++in;
+        --budget;
+    }
+    while (budget >= 1 && !isWhite(*in)) {
+        *out++ = *in++;
+        --budget;
+    }
     *out++ = ' ';
-    while (budget >= 1 && isWhite(*in)) { ++in; --budget; }
-    while (budget >= 1 && !isWhite(*in) && *in != '\n') { *out++ = *in++; --budget; }
+    while (budget >= 1 && isWhite(*in)) {
+        ++in;
+        --budget;
+    }
+    while (budget >= 1 && !isWhite(*in) && *in != '\n') {
+        *out++ = *in++;
+        --budget;
+    }
     *out = 0;
 }
 

@@ -76,7 +76,8 @@ void SngDissector::useOptions(const EngineOptions& engineOptions) {
     delete preRoll;
     preRoll = nullptr;
     if (options.rtpPreRollMs > 0)
-        preRoll = new PreRollBuffer(std::chrono::milliseconds(options.rtpPreRollMs), options.preRollLimitBytes(), stats);
+        preRoll =
+            new PreRollBuffer(std::chrono::milliseconds(options.rtpPreRollMs), options.preRollLimitBytes(), stats);
     settleFirst = options.reliable() || preRoll;
     delete hep;
     hep = options.exportsHep() ? new HepExporter(options, stats) : nullptr;
@@ -181,12 +182,9 @@ void SngDissector::processIp(u_char* frame, const pcap_pkthdr* header, int ipOff
 // its buffer has a queued frame's padding behind it.
 bool SngDissector::reassemble(const pcap_pkthdr& header, const u_char* ip, int length) {
     switch (reassembler->take(ip, length, header.ts)) {
-    case IpReassembler::Outcome::NotFragment:
-        return false;
-    case IpReassembler::Outcome::Held:
-        return true;
-    case IpReassembler::Outcome::Complete:
-        break;
+    case IpReassembler::Outcome::NotFragment: return false;
+    case IpReassembler::Outcome::Held: return true;
+    case IpReassembler::Outcome::Complete: break;
     }
     pcap_pkthdr whole = header;
     whole.caplen = whole.len = static_cast<bpf_u_int32>(reassembler->datagramLength());
@@ -209,8 +207,8 @@ int SngDissector::classicLinkLength(const u_char* frame) {
 // the dump is a raw view of the header.
 void SngDissector::logDroppedIp(const char* heading, const sniff_ip* ip) {
     char dump[96];
-    std::snprintf(dump, sizeof dump, "vhl=%02x tos=%02x len=%04x id=%04x off=%04x ttl=%02x p=%02x sum=%04x",
-                  ip->ip_vhl, ip->ip_tos, ip->ip_len, ip->ip_id, ip->ip_off, ip->ip_ttl, ip->ip_p, ip->ip_sum);
+    std::snprintf(dump, sizeof dump, "vhl=%02x tos=%02x len=%04x id=%04x off=%04x ttl=%02x p=%02x sum=%04x", ip->ip_vhl,
+                  ip->ip_tos, ip->ip_len, ip->ip_id, ip->ip_off, ip->ip_ttl, ip->ip_p, ip->ip_sum);
     LOG4CXX_ERROR(logger, heading << dump);
 }
 
@@ -457,7 +455,7 @@ void SngDissector::printFormatHeader(const u_char* ptr) {
                           ptr[at + 3]);
     };
     LOG4CXX_DEBUG(logger, "len=" << be16(0) << ", prot=" << int(ptr[2]) << ", dstIp=" << quad(3)
-                                  << ", dstPort=" << be16(7) << ", srcIp=" << quad(9) << ", srcPort=" << be16(13));
+                                 << ", dstPort=" << be16(7) << ", srcIp=" << quad(9) << ", srcPort=" << be16(13));
 }
 
 // ---------------------------------------------------------------- recorder link
@@ -596,17 +594,10 @@ void SngDissector::checkCommand() {
     // even if the rest of such a command never arrives.
     while (!terminate && conMedia->receiveRequest(request)) {
         switch (request.request) {
-        case 1:
-            addRtp(request.rtpAddr, request.rtpPort);
-            break;
-        case 2:
-            removeRtp(request.rtpAddr, request.rtpPort);
-            break;
-        case 3:
-            replyHeartbeat();
-            break;
-        default:
-            break;
+        case 1: addRtp(request.rtpAddr, request.rtpPort); break;
+        case 2: removeRtp(request.rtpAddr, request.rtpPort); break;
+        case 3: replyHeartbeat(); break;
+        default: break;
         }
     }
 }

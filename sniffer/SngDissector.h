@@ -105,13 +105,14 @@ public:
     SngDissector(const SngDissector&) = delete;
     SngDissector& operator=(const SngDissector&) = delete;
 
-    static SngDissector* dft() { return dissector; }
+    static SngDissector* dft() {
+        return dissector;
+    }
 
     // Queue (capture threads produce, one consumer drains).
     void producePacket(const pcap_pkthdr& header, const u_char* packet);
     // A frame whose link header was replaced (see PacketQueue::push).
-    void producePacket(const pcap_pkthdr& header, const u_char* linkHeader, std::size_t linkLength,
-                       const u_char* rest);
+    void producePacket(const pcap_pkthdr& header, const u_char* linkHeader, std::size_t linkLength, const u_char* rest);
     void producePacket(SniffedPacket& p);
     void consumePacket();
     void clearQueue();
@@ -141,10 +142,16 @@ public:
 
     // Takes the engine's opt-in settings; before makeConnection.
     void useOptions(const EngineOptions& options);
-    EngineStats& getStats() { return stats; }
+    EngineStats& getStats() {
+        return stats;
+    }
     // Frames waiting in the queue and dropped at its limit.
-    uint64_t getQueuedCount() const { return packetQueue.pushed(); }
-    uint64_t getQueueDropCount() const { return packetQueue.droppedAtLimit(); }
+    uint64_t getQueuedCount() const {
+        return packetQueue.pushed();
+    }
+    uint64_t getQueueDropCount() const {
+        return packetQueue.droppedAtLimit();
+    }
 
     // Recorder link and commands.
     void makeConnection(bool embedded);
@@ -158,21 +165,49 @@ public:
     void checkCommand();
     void replyHeartbeat();
 
-    void setSniffer(Sniffer* s) { sniffer = s; }
-    void setServerNameMedia(const char* name) { serverNameMedia = name; }
-    const char* getServerNameMedia() const { return serverNameMedia; }
-    void setServerPortMedia(int port) { serverPortMedia = port; }
-    int getServerPortMedia() const { return serverPortMedia; }
-    void setServerNameSig(const char* name) { serverNameSig = name; }
-    const char* getServerNameSig() const { return serverNameSig; }
-    void setServerPortSig(int port) { serverPortSig = port; }
-    int getServerPortSig() const { return serverPortSig; }
-    bool getBrokenTcp() const { return brokenTcp; }
-    void setBrokenTcp(bool b) { brokenTcp = b; }
-    bool getTerminate() const { return terminate; }
-    pthread_t* getCmdReaderThread() { return cmdThreadStarted ? &cmdThread : nullptr; }
+    void setSniffer(Sniffer* s) {
+        sniffer = s;
+    }
+    void setServerNameMedia(const char* name) {
+        serverNameMedia = name;
+    }
+    const char* getServerNameMedia() const {
+        return serverNameMedia;
+    }
+    void setServerPortMedia(int port) {
+        serverPortMedia = port;
+    }
+    int getServerPortMedia() const {
+        return serverPortMedia;
+    }
+    void setServerNameSig(const char* name) {
+        serverNameSig = name;
+    }
+    const char* getServerNameSig() const {
+        return serverNameSig;
+    }
+    void setServerPortSig(int port) {
+        serverPortSig = port;
+    }
+    int getServerPortSig() const {
+        return serverPortSig;
+    }
+    bool getBrokenTcp() const {
+        return brokenTcp;
+    }
+    void setBrokenTcp(bool b) {
+        brokenTcp = b;
+    }
+    bool getTerminate() const {
+        return terminate;
+    }
+    pthread_t* getCmdReaderThread() {
+        return cmdThreadStarted ? &cmdThread : nullptr;
+    }
     void setTraceSignalling(bool trace);
-    H323Parser* getH323Parser() { return h323Parser; }
+    H323Parser* getH323Parser() {
+        return h323Parser;
+    }
 
 private:
     BaseConnection* makeTcpConnection(const char* host, int port);
@@ -224,7 +259,7 @@ private:
     // classifies the next packet, so a command is in force for that packet.
     std::atomic<bool> commandsArriving{false};
     PreRollBuffer* preRoll = nullptr;
-    bool settleFirst = false;  // reliable commands or a pre-roll: settleCommands() before each packet
+    bool settleFirst = false;       // reliable commands or a pre-roll: settleCommands() before each packet
     std::vector<u_char> heldFrame;  // the consumer's scratch for a held datagram
     HepExporter* hep = nullptr;     // a copy of each SIP message for a HEP collector
     IpReassembler* reassembler = nullptr;

@@ -117,18 +117,10 @@ int Sniffer::configure(int argc, char** argv) {
     int c;
     while ((c = getopt(argc, argv, "d:f:h:p:")) != -1) {
         switch (c) {
-        case 'd':
-            deviceList = optarg;
-            break;
-        case 'f':
-            chosenFilter = optarg;
-            break;
-        case 'h':
-            serverNameMedia = optarg;
-            break;
-        case 'p':
-            serverPortMedia = std::atoi(optarg);
-            break;
+        case 'd': deviceList = optarg; break;
+        case 'f': chosenFilter = optarg; break;
+        case 'h': serverNameMedia = optarg; break;
+        case 'p': serverPortMedia = std::atoi(optarg); break;
         default:
             LOG4CXX_ERROR(logger, "Invalid argument " << c);
             LOG4CXX_ERROR(logger, usageText);
@@ -168,15 +160,9 @@ int Sniffer::configureFromFile(int argc, char** argv) {
     int c;
     while ((c = getopt(argc, argv, "c:l:")) != -1) {
         switch (c) {
-        case 'c':
-            cfgFileName = optarg;
-            break;
-        case 'l':
-            logCfgFileName = optarg;
-            break;
-        default:
-            LOG4CXX_ERROR(logger, "Usage: sniffer [-c <cfgFileName>] [-l <logCfgFileName>]");
-            return 1;
+        case 'c': cfgFileName = optarg; break;
+        case 'l': logCfgFileName = optarg; break;
+        default: LOG4CXX_ERROR(logger, "Usage: sniffer [-c <cfgFileName>] [-l <logCfgFileName>]"); return 1;
         }
     }
     for (const std::string* name : {&cfgFileName, &logCfgFileName}) {

@@ -34,15 +34,33 @@ const char* SnifferConfig::text(const char* key) {
     return Config::dft()->propertyRef(key).c_str();
 }
 
-const char* SnifferConfig::getServerName() { return text(ServerName); }
-int SnifferConfig::getServerPort() { return std::atoi(text(ServerPort)); }
-const char* SnifferConfig::getDevice() { return text(Device); }
-const char* SnifferConfig::getFilter() { return text(Filter); }
-const char* SnifferConfig::getServerProtocol() { return text(ServerProtocol); }
-const char* SnifferConfig::getTransport() { return text(Transport); }
-const char* SnifferConfig::getProtocolList() { return text(ProtocolList); }
-const char* SnifferConfig::getPortList() { return text(PortList); }
-const char* SnifferConfig::getRunAsUser() { return text(RunAsUser); }
+const char* SnifferConfig::getServerName() {
+    return text(ServerName);
+}
+int SnifferConfig::getServerPort() {
+    return std::atoi(text(ServerPort));
+}
+const char* SnifferConfig::getDevice() {
+    return text(Device);
+}
+const char* SnifferConfig::getFilter() {
+    return text(Filter);
+}
+const char* SnifferConfig::getServerProtocol() {
+    return text(ServerProtocol);
+}
+const char* SnifferConfig::getTransport() {
+    return text(Transport);
+}
+const char* SnifferConfig::getProtocolList() {
+    return text(ProtocolList);
+}
+const char* SnifferConfig::getPortList() {
+    return text(PortList);
+}
+const char* SnifferConfig::getRunAsUser() {
+    return text(RunAsUser);
+}
 
 std::string SnifferConfig::trim(const std::string& s) {
     return Config::trim(s);

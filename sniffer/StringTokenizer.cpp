@@ -1,7 +1,6 @@
 #include "StringTokenizer.h"
 
-StringTokenizer::StringTokenizer(const char* text, char separator)
-    : buffer(text ? text : ""), separator(separator) {}
+StringTokenizer::StringTokenizer(const char* text, char separator) : buffer(text ? text : ""), separator(separator) {}
 
 bool StringTokenizer::hasMoreTokens() const {
     return !buffer.empty();

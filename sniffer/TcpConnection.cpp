@@ -126,24 +126,16 @@ int TcpConnection::sendPacket(u_char* frame, int length) {
 int TcpConnection::checkError(int errnum) {
     LOG4CXX_WARN(logger, "Send error=" << errnum);
     switch (errnum) {
-    case EINTR:
-        LOG4CXX_WARN(logger, "Interrupted while sending - will continue sending.");
-        return 0;
+    case EINTR: LOG4CXX_WARN(logger, "Interrupted while sending - will continue sending."); return 0;
     case EMSGSIZE:
-    case ENOBUFS:
-        LOG4CXX_WARN(logger, "Packet too large to send.");
-        return -1;
-    case EPIPE:
-        LOG4CXX_WARN(logger, "Connection to recorder lost.");
-        break;
+    case ENOBUFS: LOG4CXX_WARN(logger, "Packet too large to send."); return -1;
+    case EPIPE: LOG4CXX_WARN(logger, "Connection to recorder lost."); break;
     case EAGAIN:
         // A full send buffer means the recorder stopped reading: treated as a
         // lost link so that the next send reconnects to a fresh reader.
         LOG4CXX_WARN(logger, "Can not send. Connection to recorder lost.");
         break;
-    default:
-        LOG4CXX_WARN(logger, "Connection to recorder not working");
-        break;
+    default: LOG4CXX_WARN(logger, "Connection to recorder not working"); break;
     }
     closeLocked();
     forgetForwardingState();
@@ -255,7 +247,7 @@ void TcpConnection::decodeRequest(SnifferRequest& request) {
     if (request.request != 3) {
         request.decodeAddress(wire);
         LOG4CXX_DEBUG(logger, "rx from server cmd=" << request.request << ", ip=" << dottedQuad(request.rtpAddr)
-                                                     << ", port=" << request.rtpPort);
+                                                    << ", port=" << request.rtpPort);
     } else {
         LOG4CXX_DEBUG(logger, "Heartbeat request received");
     }

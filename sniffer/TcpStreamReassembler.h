@@ -56,8 +56,8 @@ public:
 
 private:
     struct Direction {
-        uint32_t next = 0;                           // sequence number of the next byte in order
-        std::vector<u_char> pending;                 // in order, not yet consumed
+        uint32_t next = 0;                              // sequence number of the next byte in order
+        std::vector<u_char> pending;                    // in order, not yet consumed
         std::map<uint32_t, std::vector<u_char>> ahead;  // past a hole, by sequence number
         int64_t lastSeen = 0;
         int64_t holeSince = 0;

@@ -65,7 +65,7 @@ bool UdpConnection::receiveRequest(SnifferRequest& request) {
     // holds, as the recorder protocol has always done.
     request.decode(buffer);
     LOG4CXX_DEBUG(logger, "rx from server cmd=" << request.request << ", ip=" << dottedQuad(request.rtpAddr)
-                                                 << ", port=" << request.rtpPort << ", nRcvd=" << n);
+                                                << ", port=" << request.rtpPort << ", nRcvd=" << n);
     return true;
 }
 

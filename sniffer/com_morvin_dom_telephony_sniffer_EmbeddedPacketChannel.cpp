@@ -158,7 +158,7 @@ void sniff(const HostSettings& settings) {
 }  // namespace
 
 JNIEXPORT void JNICALL Java_com_morvin_dom_telephony_sniffer_EmbeddedPacketChannel_mainLoop(JNIEnv* env,
-                                                                                           jobject channel) {
+                                                                                            jobject channel) {
     if (!beginRun()) {
         LOG4CXX_ERROR(logger, "mainLoop is already running: this call returns at once");
         return;
@@ -186,8 +186,8 @@ JNIEXPORT void JNICALL Java_com_morvin_dom_telephony_sniffer_EmbeddedPacketChann
 }
 
 JNIEXPORT jint JNICALL Java_com_morvin_dom_telephony_sniffer_EmbeddedPacketChannel_getPacket(JNIEnv* env,
-                                                                                            jobject channel,
-                                                                                            jbyteArray buffer) {
+                                                                                             jobject channel,
+                                                                                             jbyteArray buffer) {
     if (!buffer)
         return 0;
     // The frame is taken into a buffer of this thread and only its own bytes
@@ -208,8 +208,8 @@ JNIEXPORT jint JNICALL Java_com_morvin_dom_telephony_sniffer_EmbeddedPacketChann
 }
 
 JNIEXPORT jint JNICALL Java_com_morvin_dom_telephony_sniffer_EmbeddedPacketChannel_sendRequest(JNIEnv* env,
-                                                                                              jobject channel,
-                                                                                              jbyteArray buffer) {
+                                                                                               jobject channel,
+                                                                                               jbyteArray buffer) {
     // A command shorter than its wire form is refused whole rather than
     // decoded from bytes beyond the array.
     const jsize length = buffer ? env->GetArrayLength(buffer) : 0;

@@ -18,12 +18,12 @@ JNIEXPORT void JNICALL Java_com_morvin_dom_telephony_sniffer_EmbeddedPacketChann
 /* int getPacket(byte[]): copies out the oldest forwarded frame; 0 when none
  * waits or when it does not fit the array. */
 JNIEXPORT jint JNICALL Java_com_morvin_dom_telephony_sniffer_EmbeddedPacketChannel_getPacket(JNIEnv*, jobject,
-                                                                                            jbyteArray);
+                                                                                             jbyteArray);
 
 /* int sendRequest(byte[]): queues one 7-byte recorder command; the array's
  * length when queued, 0 otherwise. */
 JNIEXPORT jint JNICALL Java_com_morvin_dom_telephony_sniffer_EmbeddedPacketChannel_sendRequest(JNIEnv*, jobject,
-                                                                                              jbyteArray);
+                                                                                               jbyteArray);
 
 #ifdef __cplusplus
 }

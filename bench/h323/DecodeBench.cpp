@@ -17,7 +17,8 @@ namespace {
 
 std::vector<uint8_t> fromHex(const char* hex) {
     std::vector<uint8_t> out;
-    for (const char* p = hex; p[0] && p[1]; p += 2) out.push_back(uint8_t(std::stoi(std::string(p, 2), nullptr, 16)));
+    for (const char* p = hex; p[0] && p[1]; p += 2)
+        out.push_back(uint8_t(std::stoi(std::string(p, 2), nullptr, 16)));
     return out;
 }
 
@@ -39,27 +40,33 @@ void decodeSignalling(benchmark::State& state, const std::vector<uint8_t>& messa
         h323::per::Value info = decoder.decode(h323::h225::H323_UserInformation, uu);
         benchmark::DoNotOptimize(ok);
         benchmark::DoNotOptimize(info);
-        if (!info) state.SkipWithError("does not decode");
+        if (!info)
+            state.SkipWithError("does not decode");
     }
 }
 
-void Q931AndH225Setup(benchmark::State& state) { decodeSignalling(state, kSetup); }
-void Q931AndH225Connect(benchmark::State& state) { decodeSignalling(state, kConnect); }
+void Q931AndH225Setup(benchmark::State& state) {
+    decodeSignalling(state, kSetup);
+}
+void Q931AndH225Connect(benchmark::State& state) {
+    decodeSignalling(state, kConnect);
+}
 BENCHMARK(Q931AndH225Setup);
 BENCHMARK(Q931AndH225Connect);
 
 #ifdef H323_HAVE_H245_TABLES
 // The first H.245 messages of the same call.
 const std::vector<uint8_t> kOpenLogicalChannel = fromHex("0000640c201d800b0d0001000a01038f138980");
-const std::vector<uint8_t> kTerminalCapabilitySet = fromHex(
-    "027001060008817500078013800032000100000100000100000cc001000180008000002040ef00800100000000");
+const std::vector<uint8_t> kTerminalCapabilitySet =
+    fromHex("027001060008817500078013800032000100000100000100000cc001000180008000002040ef00800100000000");
 
 void decodeControl(benchmark::State& state, const h323::per::Type& type, const std::vector<uint8_t>& message) {
     h323::per::Decoder decoder;
     for (auto _ : state) {
         h323::per::Value v = decoder.decode(type, message.data(), message.size());
         benchmark::DoNotOptimize(v);
-        if (!v) state.SkipWithError("does not decode");
+        if (!v)
+            state.SkipWithError("does not decode");
     }
 }
 

@@ -124,12 +124,20 @@ private:
               const uint8_t* body, std::size_t length) {
         uint8_t frame[1600];
         ether_header_t eth{{0x02, 0, 0, 0, 0, 0x02}, {0x02, 0, 0, 0, 0, 0x01}, {0x08, 0x00}};
-        ip_header_t ip{0x45, 0,  htons(static_cast<uint16_t>(sizeof ip + length)),
-                       htons(id), htons(fragment), 64, protocol, 0, htonl(src), htonl(dst)};
+        ip_header_t ip{0x45,
+                       0,
+                       htons(static_cast<uint16_t>(sizeof ip + length)),
+                       htons(id),
+                       htons(fragment),
+                       64,
+                       protocol,
+                       0,
+                       htonl(src),
+                       htonl(dst)};
         ip.ip_sum = ipChecksum(ip);
         uint8_t* at = frame;
-        for (auto [part, size] : {std::pair<const void*, std::size_t>{&eth, sizeof eth}, {&ip, sizeof ip},
-                                  {body, length}}) {
+        for (auto [part, size] :
+             {std::pair<const void*, std::size_t>{&eth, sizeof eth}, {&ip, sizeof ip}, {body, length}}) {
             std::memcpy(at, part, size);
             at += size;
         }
@@ -163,8 +171,8 @@ struct Dialog {
 };
 
 Dialog dialog(int call) {
-    return {call, dotted(phone(0, call)), dotted(phone(1, call)), "bench-" + std::to_string(call) + "@" +
-                                                                      dotted(phone(0, call))};
+    return {call, dotted(phone(0, call)), dotted(phone(1, call)),
+            "bench-" + std::to_string(call) + "@" + dotted(phone(0, call))};
 }
 
 std::string sipHeaders(const Dialog& d, const std::string& startLine, const std::string& cseq,
@@ -248,8 +256,9 @@ const std::vector<uint8_t>& h323Message(int which) {
                      "0065006322c00900003d1443616c6c67656e33323320706f67616373616d00000a302e39616c706861340000000a01"
                      "061206b800f8fdf93ecd9ed6119ab2000476222017005d0d8007000a01038f80231100c0fef93ecd9ed6119ab20004"
                      "76222017010001000100010002800100")),
-        tpkt(fromHex("0802f7f40728074d2e4a454d45437e004c0522c0060008914a0003000a01061204d022c000000000033331306900"
-                     "5200f8fdf93ecd9ed6119ab2000476222017170c001100c0fef93ecd9ed6119ab20004762220170100010008800100"))};
+        tpkt(
+            fromHex("0802f7f40728074d2e4a454d45437e004c0522c0060008914a0003000a01061204d022c000000000033331306900"
+                    "5200f8fdf93ecd9ed6119ab2000476222017170c001100c0fef93ecd9ed6119ab20004762220170100010008800100"))};
     return messages[which];
 }
 
@@ -272,7 +281,8 @@ void writeEvent(FrameWriter& out, const Event& e, long tick, Lcg& random) {
     case Kind::Sip: {
         const Dialog d = dialog(e.index);
         const std::string uri = "sip:" + std::to_string(5000 + e.index) + "@" + d.callee;
-        out.sip(e.micros, phone(0, e.index), phone(1, e.index), sipHeaders(d, "OPTIONS " + uri + " SIP/2.0", "2 OPTIONS", ""));
+        out.sip(e.micros, phone(0, e.index), phone(1, e.index),
+                sipHeaders(d, "OPTIONS " + uri + " SIP/2.0", "2 OPTIONS", ""));
         break;
     }
     case Kind::UdpNoise: {
@@ -292,9 +302,7 @@ void writeEvent(FrameWriter& out, const Event& e, long tick, Lcg& random) {
                 static_cast<uint16_t>(11000 + r % 20000), r, message.data(), message.size());
         break;
     }
-    case Kind::Setup:
-        writeCallSetup(out, e.index, e.micros);
-        break;
+    case Kind::Setup: writeCallSetup(out, e.index, e.micros); break;
     case Kind::TcpNoise: {
         const uint32_t r = random.next();
         const std::size_t length = 100 + r % 1300;

@@ -15,32 +15,23 @@ int main(int argc, char** argv) {
     int c;
     while ((c = getopt(argc, argv, "c:s:H:STF:")) != -1) {
         switch (c) {
-        case 'c':
-            plan.calls = std::atoi(optarg);
-            break;
-        case 's':
-            plan.seconds = std::atof(optarg);
-            break;
-        case 'H':
-            plan.h323Share = std::atof(optarg);
-            break;
-        case 'S':
-            plan.staggered = true;
-            break;
-        case 'T':
-            plan.sipOverTcp = true;
-            break;
-        case 'F':
-            plan.sipFragmentEvery = std::atoi(optarg);
-            break;
+        case 'c': plan.calls = std::atoi(optarg); break;
+        case 's': plan.seconds = std::atof(optarg); break;
+        case 'H': plan.h323Share = std::atof(optarg); break;
+        case 'S': plan.staggered = true; break;
+        case 'T': plan.sipOverTcp = true; break;
+        case 'F': plan.sipFragmentEvery = std::atoi(optarg); break;
         default:
-            std::fprintf(stderr, "usage: %s [-c calls] [-s seconds] [-H h323-share] [-S] [-T] [-F n] OUT.pcap [SETUP.pcap]\n", argv[0]);
+            std::fprintf(stderr,
+                         "usage: %s [-c calls] [-s seconds] [-H h323-share] [-S] [-T] [-F n] OUT.pcap [SETUP.pcap]\n",
+                         argv[0]);
             return 2;
         }
     }
     if (optind >= argc || plan.calls < 1 || plan.calls > 65535 || plan.seconds <= 0 || plan.h323Share < 0 ||
         plan.h323Share >= 1) {
-        std::fprintf(stderr, "usage: %s [-c calls 1-65535] [-s seconds] [-H share 0-1] [-S] OUT.pcap [SETUP.pcap]\n", argv[0]);
+        std::fprintf(stderr, "usage: %s [-c calls 1-65535] [-s seconds] [-H share 0-1] [-S] OUT.pcap [SETUP.pcap]\n",
+                     argv[0]);
         return 2;
     }
     const long frames = writeCapture(plan, argv[optind]);

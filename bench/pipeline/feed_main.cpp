@@ -34,23 +34,14 @@ int main(int argc, char** argv) {
     int c;
     while ((c = getopt(argc, argv, "a:b:w:r:n:")) != -1) {
         switch (c) {
-        case 'w':
-            wait = std::atof(optarg);
-            break;
-        case 'r':
-            rate = std::atof(optarg);
-            break;
-        case 'n':
-            limit = std::atol(optarg);
-            break;
-        case 'a':
-            ahead = std::atol(optarg);
-            break;
-        case 'b':
-            aheadRate = std::atof(optarg);
-            break;
+        case 'w': wait = std::atof(optarg); break;
+        case 'r': rate = std::atof(optarg); break;
+        case 'n': limit = std::atol(optarg); break;
+        case 'a': ahead = std::atol(optarg); break;
+        case 'b': aheadRate = std::atof(optarg); break;
         default:
-            std::fprintf(stderr, "usage: %s [-a frames] [-b fps] [-w seconds] [-r fps] [-n frames] IN.pcap OUT\n", argv[0]);
+            std::fprintf(stderr, "usage: %s [-a frames] [-b fps] [-w seconds] [-r fps] [-n frames] IN.pcap OUT\n",
+                         argv[0]);
             return 2;
         }
     }

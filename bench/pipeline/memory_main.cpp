@@ -65,8 +65,10 @@ int main(int argc, char** argv) {
         case 'k': s.changesPerSecond = std::atoi(optarg); break;
         case 'i': s.sampleSeconds = std::atof(optarg); break;
         default:
-            std::fprintf(stderr, "usage: %s [-c calls] [-l listed] [-r pps] [-t seconds] [-k changes/s] "
-                                 "[-i sample-seconds] CAPTURE.pcap\n", argv[0]);
+            std::fprintf(stderr,
+                         "usage: %s [-c calls] [-l listed] [-r pps] [-t seconds] [-k changes/s] "
+                         "[-i sample-seconds] CAPTURE.pcap\n",
+                         argv[0]);
             return 2;
         }
     }
@@ -115,15 +117,17 @@ int main(int argc, char** argv) {
             std::fflush(stdout);
             nextSample += s.sampleSeconds;
         }
-        const auto due = start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>((n + 1) * slice));
+        const auto due =
+            start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>((n + 1) * slice));
         std::this_thread::sleep_until(due);
     }
     bench.waitUntilDrained();
     if (pcap)
         pcap_close(pcap);
     const double elapsed = std::chrono::duration<double>(Clock::now() - start).count();
-    std::printf("memory listed=%d rate=%.0f achieved_pps=%.0f seconds=%.0f changes_per_second=%d rss_kib=%ld "
-                "peak_rss_kib=%ld\n",
-                s.listed, s.rate, packets / elapsed, elapsed, s.changesPerSecond, currentRssKiB(), peakRssKiB());
+    std::printf(
+        "memory listed=%d rate=%.0f achieved_pps=%.0f seconds=%.0f changes_per_second=%d rss_kib=%ld "
+        "peak_rss_kib=%ld\n",
+        s.listed, s.rate, packets / elapsed, elapsed, s.changesPerSecond, currentRssKiB(), peakRssKiB());
     return 0;
 }

@@ -36,13 +36,13 @@ PassResult best(int repeats, const std::function<PassResult()>& pass) {
 void print(const char* name, int lists, const PassResult& r, double baselineCpu) {
     // With a core for each thread the slower one sets the rate.
     const double busiest = busiestCpu(r);
-    std::printf("%s lists=%d packets=%ld pps=%.0f ns_per_packet=%.1f producer_cpu_ns=%.1f consumer_cpu_ns=%.1f "
-                "cpu_bound_pps=%.0f forwarded=%llu forwarded_bytes=%llu wakeups_per_packet=%.5f "
-                "ratio_to_baseline=%.3f\n",
-                name, lists, r.packets, r.packets / r.seconds, 1e9 * r.seconds / r.packets,
-                1e9 * r.producerCpu / r.packets, 1e9 * r.consumerCpu / r.packets, r.packets / busiest,
-                static_cast<unsigned long long>(r.forwarded), static_cast<unsigned long long>(r.forwardedBytes),
-                r.wakeupsPerPacket, baselineCpu / busiest);
+    std::printf(
+        "%s lists=%d packets=%ld pps=%.0f ns_per_packet=%.1f producer_cpu_ns=%.1f consumer_cpu_ns=%.1f "
+        "cpu_bound_pps=%.0f forwarded=%llu forwarded_bytes=%llu wakeups_per_packet=%.5f "
+        "ratio_to_baseline=%.3f\n",
+        name, lists, r.packets, r.packets / r.seconds, 1e9 * r.seconds / r.packets, 1e9 * r.producerCpu / r.packets,
+        1e9 * r.consumerCpu / r.packets, r.packets / busiest, static_cast<unsigned long long>(r.forwarded),
+        static_cast<unsigned long long>(r.forwardedBytes), r.wakeupsPerPacket, baselineCpu / busiest);
     std::fflush(stdout);
 }
 
@@ -64,18 +64,10 @@ int main(int argc, char** argv) {
     int c;
     while ((c = getopt(argc, argv, "c:l:r:")) != -1) {
         switch (c) {
-        case 'c':
-            calls = std::atoi(optarg);
-            break;
-        case 'l':
-            lists = parseList(optarg);
-            break;
-        case 'r':
-            repeats = std::max(1, std::atoi(optarg));
-            break;
-        default:
-            std::fprintf(stderr, "usage: %s [-c calls] [-l lists] [-r repeats] CAPTURE.pcap\n", argv[0]);
-            return 2;
+        case 'c': calls = std::atoi(optarg); break;
+        case 'l': lists = parseList(optarg); break;
+        case 'r': repeats = std::max(1, std::atoi(optarg)); break;
+        default: std::fprintf(stderr, "usage: %s [-c calls] [-l lists] [-r repeats] CAPTURE.pcap\n", argv[0]); return 2;
         }
     }
     if (optind >= argc) {

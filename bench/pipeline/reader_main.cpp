@@ -67,9 +67,7 @@ int main(int argc, char** argv) {
         switch (c) {
         case 'c': calls = std::atoi(optarg); break;
         case 'p': port = std::atoi(optarg); break;
-        default:
-            std::fprintf(stderr, "usage: %s [-c calls] [-p port]\n", argv[0]);
-            return 2;
+        default: std::fprintf(stderr, "usage: %s [-c calls] [-p port]\n", argv[0]); return 2;
         }
     }
     const int listener = listenOn(port);
@@ -92,8 +90,8 @@ int main(int argc, char** argv) {
     std::vector<uint8_t> buffer(1 << 20);
     long frames = 0;
     long long bytes = 0;
-    long skip = 0;           // bytes of the current frame still to pass over
-    int lengthBytes = 0;     // of the next header's length, read so far
+    long skip = 0;        // bytes of the current frame still to pass over
+    int lengthBytes = 0;  // of the next header's length, read so far
     unsigned length = 0;
     double first = 0, last = 0;
     for (;;) {

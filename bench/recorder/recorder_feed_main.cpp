@@ -48,27 +48,32 @@ constexpr size_t kPayload = 160;
 constexpr size_t kRtpFrame = sizeof(fwd_header) + sizeof(rtp_header) + kPayload;
 
 // Caller i is 10.1.x.y and receives RTP on 20000 + 2(i mod 20000); the callee likewise on 10.2.x.y.
-uint32_t host(int side, uint32_t call) { return (10u << 24) | (uint32_t(side) << 16) | (call & 0xffff); }
-uint16_t rtpPort(uint32_t call) { return static_cast<uint16_t>(20000 + 2 * (call % 20000)); }
+uint32_t host(int side, uint32_t call) {
+    return (10u << 24) | (uint32_t(side) << 16) | (call & 0xffff);
+}
+uint16_t rtpPort(uint32_t call) {
+    return static_cast<uint16_t>(20000 + 2 * (call % 20000));
+}
 
-void appendFrame(std::string& out, uint8_t protocol, uint32_t srcIp, uint16_t srcPort, uint32_t dstIp,
-                 uint16_t dstPort, const std::string& payload)
-{
-    const fwd_header header{htons(static_cast<uint16_t>(sizeof(fwd_header) + payload.size())), protocol,
-                            htonl(dstIp), htons(dstPort), htonl(srcIp), htons(srcPort)};
+void appendFrame(std::string& out, uint8_t protocol, uint32_t srcIp, uint16_t srcPort, uint32_t dstIp, uint16_t dstPort,
+                 const std::string& payload) {
+    const fwd_header header{htons(static_cast<uint16_t>(sizeof(fwd_header) + payload.size())),
+                            protocol,
+                            htonl(dstIp),
+                            htons(dstPort),
+                            htonl(srcIp),
+                            htons(srcPort)};
     out.append(reinterpret_cast<const char*>(&header), sizeof header);
     out += payload;
 }
 
-std::string ip(uint32_t address)
-{
+std::string ip(uint32_t address) {
     return std::to_string(address >> 24) + '.' + std::to_string((address >> 16) & 255) + '.' +
            std::to_string((address >> 8) & 255) + '.' + std::to_string(address & 255);
 }
 
 std::string sip(const std::string& firstLine, uint32_t call, const std::string& cseq, bool fromCallee,
-                uint32_t mediaHost = 0)
-{
+                uint32_t mediaHost = 0) {
     std::ostringstream body;
     if (mediaHost != 0)
         body << "v=0\r\no=- 1 1 IN IP4 " << ip(mediaHost) << "\r\ns=-\r\nc=IN IP4 " << ip(mediaHost)
@@ -83,8 +88,7 @@ std::string sip(const std::string& firstLine, uint32_t call, const std::string& 
     return text.str();
 }
 
-void sendAll(int fd, const char* data, size_t size)
-{
+void sendAll(int fd, const char* data, size_t size) {
     while (size > 0) {
         const ssize_t sent = send(fd, data, size, MSG_NOSIGNAL);
         if (sent <= 0) {
@@ -96,8 +100,7 @@ void sendAll(int fd, const char* data, size_t size)
     }
 }
 
-void sendSignalling(int fd, const Options& o, bool bye)
-{
+void sendSignalling(int fd, const Options& o, bool bye) {
     std::string out;
     for (uint32_t call = 0; call < o.calls; ++call) {
         const uint32_t caller = host(1, call), callee = host(2, call);
@@ -113,8 +116,7 @@ void sendSignalling(int fd, const Options& o, bool bye)
 }
 
 // One round: every stream's next frame. Sequence numbers and timestamps are patched per round.
-std::string rtpRound(const Options& o)
-{
+std::string rtpRound(const Options& o) {
     std::string round;
     const std::string payload(sizeof(rtp_header) + kPayload, '\xd5');
     for (uint32_t call = 0; call < o.calls; ++call)
@@ -122,14 +124,12 @@ std::string rtpRound(const Options& o)
             std::string packet = payload;
             const rtp_header rtp{0x80, 8, 0, 0, htonl(call * 2 + static_cast<uint32_t>(side))};
             std::memcpy(&packet[0], &rtp, sizeof rtp);
-            appendFrame(round, 2, host(side, call), rtpPort(call), host(3 - side, call), rtpPort(call),
-                        packet);
+            appendFrame(round, 2, host(side, call), rtpPort(call), host(3 - side, call), rtpPort(call), packet);
         }
     return round;
 }
 
-void advance(std::string& round, uint16_t seq)
-{
+void advance(std::string& round, uint16_t seq) {
     for (size_t at = sizeof(fwd_header); at < round.size(); at += kRtpFrame) {
         rtp_header rtp;
         std::memcpy(&rtp, &round[at], sizeof rtp);
@@ -144,8 +144,7 @@ struct Usage {
     long peakKib = 0;
 };
 
-Usage usageOf(int pid)
-{
+Usage usageOf(int pid) {
     Usage usage;
     std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
     std::string text((std::istreambuf_iterator<char>(stat)), {});
@@ -169,8 +168,7 @@ Usage usageOf(int pid)
 }
 
 // Lines of calls.jsonl and the RTP packets they count.
-std::pair<size_t, uint64_t> archived(const std::string& output)
-{
+std::pair<size_t, uint64_t> archived(const std::string& output) {
     std::ifstream index(output + "/calls.jsonl");
     size_t lines = 0;
     uint64_t packets = 0;
@@ -180,25 +178,30 @@ std::pair<size_t, uint64_t> archived(const std::string& output)
     return {lines, packets};
 }
 
-bool parse(int argc, char** argv, Options& o)
-{
+bool parse(int argc, char** argv, Options& o) {
     for (int i = 1; i + 1 < argc; i += 2) {
         const std::string key = argv[i], value = argv[i + 1];
-        if (key == "--port") o.port = static_cast<uint16_t>(std::stoi(value));
-        else if (key == "--output") o.output = value;
-        else if (key == "--pid") o.pid = std::stoi(value);
-        else if (key == "--calls") o.calls = static_cast<uint32_t>(std::stoul(value));
-        else if (key == "--frames") o.frames = std::stoull(value);
-        else if (key == "--rate") o.rate = std::stoull(value);
-        else return false;
+        if (key == "--port")
+            o.port = static_cast<uint16_t>(std::stoi(value));
+        else if (key == "--output")
+            o.output = value;
+        else if (key == "--pid")
+            o.pid = std::stoi(value);
+        else if (key == "--calls")
+            o.calls = static_cast<uint32_t>(std::stoul(value));
+        else if (key == "--frames")
+            o.frames = std::stoull(value);
+        else if (key == "--rate")
+            o.rate = std::stoull(value);
+        else
+            return false;
     }
     return o.port != 0 && !o.output.empty() && o.pid != 0 && o.calls > 0;
 }
 
 }  // namespace
 
-int main(int argc, char** argv)
-{
+int main(int argc, char** argv) {
     Options o;
     if (!parse(argc, argv, o)) {
         std::cerr << "usage: " << argv[0] << " --port P --output DIR --pid PID [--calls N] [--frames N] [--rate FPS]\n";
@@ -255,10 +258,11 @@ int main(int argc, char** argv)
     const double seconds = std::chrono::duration<double>(end - start).count();
     const double sendSeconds = std::chrono::duration<double>(sentAt - start).count();
     const double cpu = after.cpuSeconds - before.cpuSeconds;
-    std::printf("recorder_alone calls=%u frames=%llu fps=%.0f send_fps=%.0f cpu_ns_per_frame=%.0f "
-                "peak_rss_kib=%ld archived=%zu written=%llu lost=%lld\n",
-                o.calls, static_cast<unsigned long long>(sent), double(sent) / seconds, double(sent) / sendSeconds,
-                cpu * 1e9 / double(sent), after.peakKib, done.first, static_cast<unsigned long long>(done.second),
-                static_cast<long long>(sent) - static_cast<long long>(done.second));
+    std::printf(
+        "recorder_alone calls=%u frames=%llu fps=%.0f send_fps=%.0f cpu_ns_per_frame=%.0f "
+        "peak_rss_kib=%ld archived=%zu written=%llu lost=%lld\n",
+        o.calls, static_cast<unsigned long long>(sent), double(sent) / seconds, double(sent) / sendSeconds,
+        cpu * 1e9 / double(sent), after.peakKib, done.first, static_cast<unsigned long long>(done.second),
+        static_cast<long long>(sent) - static_cast<long long>(done.second));
     return done.first == o.calls && done.second == sent ? 0 : 1;
 }

@@ -53,8 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         const uint32_t seq = uint32_t(data[at + 1]) << 24 | data[at + 2] << 16 | data[at + 3] << 8 | data[at + 4];
         const uint8_t flags = data[at + 5];
         advanceTenths(time, data[at + 6]);
-        const std::size_t length =
-            std::min<std::size_t>(data[at + 7] << 8 | data[at + 8], size - at - recordHeader);
+        const std::size_t length = std::min<std::size_t>(data[at + 7] << 8 | data[at + 8], size - at - recordHeader);
         const std::vector<u_char> payload(data + at + recordHeader, data + at + recordHeader + length);
         at += recordHeader + length;
         const bool sip = direction < 2;

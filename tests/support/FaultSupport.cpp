@@ -150,7 +150,8 @@ int countFrames(Recorder& recorder, int protocol, const std::string& destination
     const auto deadline = std::chrono::steady_clock::now() + window;
     int n = 0;
     for (;;) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
         if (left.count() <= 0)
             return n;
         const std::optional<ForwardedFrame> frame = recorder.next(left);

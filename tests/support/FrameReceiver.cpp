@@ -25,7 +25,8 @@ std::vector<Frame> UdpFrameReceiver::receive(size_t count, std::chrono::millisec
     const auto deadline = std::chrono::steady_clock::now() + limit;
     char buffer[65536];
     while (frames.size() < count) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
         if (left.count() <= 0)
             break;
         pollfd p{socket_, POLLIN, 0};

@@ -72,8 +72,7 @@ Bytes udpFrame(Endpoint src, Endpoint dst, const Bytes& payload, const FrameOpti
     put16(udp, uint16_t(8 + payload.size()));
     put16(udp, 0);
     return frameOf(linkHeader(options.etherType),
-                   ipHeader(IPPROTO_UDP, src, dst, options.ipOptionWords, udp.size() + payload.size()), udp,
-                   payload);
+                   ipHeader(IPPROTO_UDP, src, dst, options.ipOptionWords, udp.size() + payload.size()), udp, payload);
 }
 
 Bytes tcpFrame(Endpoint src, Endpoint dst, const Bytes& payload, const FrameOptions& options) {
@@ -90,8 +89,7 @@ Bytes tcpFrame(Endpoint src, Endpoint dst, const Bytes& payload, const FrameOpti
     if (options.tcpDataOffset > 5)
         tcp.insert(tcp.end(), 4 * (options.tcpDataOffset - 5), 0x01);
     return frameOf(linkHeader(options.etherType),
-                   ipHeader(IPPROTO_TCP, src, dst, options.ipOptionWords, tcp.size() + payload.size()), tcp,
-                   payload);
+                   ipHeader(IPPROTO_TCP, src, dst, options.ipOptionWords, tcp.size() + payload.size()), tcp, payload);
 }
 
 Bytes ipFrame(uint8_t protocol, uint16_t totalLength, uint16_t id, uint16_t fragment, uint8_t ttl, uint16_t checksum,
@@ -103,9 +101,10 @@ Bytes ipFrame(uint8_t protocol, uint16_t totalLength, uint16_t id, uint16_t frag
 Bytes ipFragment(uint8_t protocol, const char* src, const char* dst, uint16_t id, const Bytes& body, std::size_t from,
                  std::size_t to) {
     const uint16_t moreFragments = to < body.size() ? 0x2000 : 0;
-    return frameOf(linkHeader(etherTypeIpv4),
-                   ipHeader(protocol, uint16_t(20 + to - from), id, uint16_t(moreFragments | from / 8), 64, 0, src, dst),
-                   {}, Bytes(body.begin() + from, body.begin() + to));
+    return frameOf(
+        linkHeader(etherTypeIpv4),
+        ipHeader(protocol, uint16_t(20 + to - from), id, uint16_t(moreFragments | from / 8), 64, 0, src, dst), {},
+        Bytes(body.begin() + from, body.begin() + to));
 }
 
 Bytes udpDatagram(Endpoint src, Endpoint dst, const Bytes& payload) {

@@ -21,7 +21,7 @@ struct FrameOptions {
     int ipOptionWords = 0;               // 32-bit words of IP options (NOPs)
     int tcpDataOffset = 5;               // TCP header length in 32-bit words
     uint32_t tcpSeq = 1000;
-    uint8_t tcpFlags = 0x18;             // PSH, ACK
+    uint8_t tcpFlags = 0x18;  // PSH, ACK
 };
 
 Bytes udpFrame(Endpoint src, Endpoint dst, const Bytes& payload, const FrameOptions& options = {});

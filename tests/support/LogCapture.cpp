@@ -20,7 +20,9 @@ public:
 };
 
 namespace {
-log4cxx::LoggerPtr systemLogger() { return log4cxx::Logger::getLogger("SnifferClient"); }
+log4cxx::LoggerPtr systemLogger() {
+    return log4cxx::Logger::getLogger("SnifferClient");
+}
 }  // namespace
 
 LogCapture::LogCapture() : appender_(std::make_shared<Appender>()), previousLevel_(systemLogger()->getLevel()) {

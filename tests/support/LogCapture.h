@@ -11,7 +11,7 @@
 #include <log4cxx/level.h>
 
 struct LogEvent {
-    std::string level;    // "DEBUG", "INFO", ...
+    std::string level;  // "DEBUG", "INFO", ...
     std::string message;
 };
 

@@ -41,8 +41,8 @@ SnifferProgram::SnifferProgram(const std::vector<std::string>& properties, const
                  "log4j.appender.out.layout=org.apache.log4j.PatternLayout\n"
                  "log4j.appender.out.layout.ConversionPattern=%p %m%n\n");
     std::vector<std::string> argv = prefix;
-    argv.insert(argv.end(), {SNIFFER_PROGRAM, "-c", folder.file("sniffer.properties"), "-l",
-                             folder.file("log4cxx.properties")});
+    argv.insert(argv.end(),
+                {SNIFFER_PROGRAM, "-c", folder.file("sniffer.properties"), "-l", folder.file("log4cxx.properties")});
     start(argv);
 }
 

@@ -52,7 +52,9 @@ private:
 Bytes frame(uint8_t protocol, const Endpoint& source, const Endpoint& destination, const std::string& payload);
 // The 7-byte wire form of a command to the sniffer.
 Bytes command(uint8_t code, const Endpoint& rtp);
-inline Bytes command(uint8_t code, const std::string& ip, uint16_t port) { return command(code, {*parseIp(ip), port}); }
+inline Bytes command(uint8_t code, const std::string& ip, uint16_t port) {
+    return command(code, {*parseIp(ip), port});
+}
 
 // The parties of the test calls: signalling, and where each receives RTP.
 inline const Endpoint kCallerSip{0x0a000001, 5060};
@@ -65,7 +67,6 @@ Bytes sipFrame(const std::string& message, bool fromCaller = true);
 std::string sdp(const std::string& ip, uint16_t port, int payloadType);
 std::string sipRequest(const std::string& method, const std::string& callId, const std::string& body = "",
                        bool fromCallee = false);
-std::string sipResponse(int status, const std::string& method, const std::string& callId,
-                        const std::string& body = "");
+std::string sipResponse(int status, const std::string& method, const std::string& callId, const std::string& body = "");
 
 }  // namespace recorder::test

@@ -150,8 +150,8 @@ std::vector<std::string> streamRecords(const std::string& json) {
 
 std::string streamRecord(const std::string& direction, const std::string& codec, uint64_t packets, uint64_t lost,
                          uint64_t outOfOrder) {
-    return direction + " " + codec + ": " + std::to_string(packets) + " packets, " + std::to_string(lost) +
-           " lost, " + std::to_string(outOfOrder) + " out of order";
+    return direction + " " + codec + ": " + std::to_string(packets) + " packets, " + std::to_string(lost) + " lost, " +
+           std::to_string(outOfOrder) + " out of order";
 }
 
 std::string compactJson(const std::string& json) {

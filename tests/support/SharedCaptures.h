@@ -22,13 +22,13 @@ inline bool sharedCapturesRequired() {
     return ci != nullptr && *ci != '\0' && std::string(ci) != "false";
 }
 
-#define REQUIRE_SHARED_CAPTURE(path)                                                             \
-    do {                                                                                         \
-        if (!std::filesystem::exists(path)) {                                                    \
-            if (sharedCapturesRequired())                                                        \
+#define REQUIRE_SHARED_CAPTURE(path)                                                                 \
+    do {                                                                                             \
+        if (!std::filesystem::exists(path)) {                                                        \
+            if (sharedCapturesRequired())                                                            \
                 FAIL() << (path) << " is absent: the shared captures must be beside the tree in CI"; \
-            GTEST_SKIP() << (path) << " is absent: the shared captures are not beside the tree";  \
-        }                                                                                        \
+            GTEST_SKIP() << (path) << " is absent: the shared captures are not beside the tree";     \
+        }                                                                                            \
     } while (false)
 
 #endif

@@ -15,8 +15,12 @@ inline std::vector<uint8_t> bytes(std::string_view hex) {
     std::vector<uint8_t> out;
     int high = -1;
     for (char c : hex) {
-        int v = c >= '0' && c <= '9' ? c - '0' : c >= 'a' && c <= 'f' ? c - 'a' + 10 : c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
-        if (v < 0) continue;
+        int v = c >= '0' && c <= '9'   ? c - '0'
+                : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                       : -1;
+        if (v < 0)
+            continue;
         if (high < 0) {
             high = v;
         } else {

@@ -31,8 +31,7 @@ void setAddress(Builder::Slot transportAddress, const MediaAddress& media) {
         ip["tsapIdentifier"].setInteger(media.port);
         break;
     }
-    case MediaAddress::None:
-        break;
+    case MediaAddress::None: break;
     }
 }
 

@@ -18,7 +18,9 @@ std::string fromHex(const char* hex) {
     return std::string(b.begin(), b.end());
 }
 
-std::string octets(std::initializer_list<uint8_t> b) { return std::string(b.begin(), b.end()); }
+std::string octets(std::initializer_list<uint8_t> b) {
+    return std::string(b.begin(), b.end());
+}
 
 void setEndpoint(Builder::Slot e) {
     Builder::Slot vendor = e["vendor"];
@@ -52,7 +54,8 @@ Signal::Signal(uint8_t messageType, const char* body, unsigned callReference, bo
     q931_.setMessageType(messageType);
     q931_.setCallReference(callReference, fromDestination);
     q931_.setElement(Q931::BearerCapability, octets({0x88, 0x90, 0xa5}));
-    if (this->body().value().kind() == per::Kind::Sequence) this->body()["protocolIdentifier"].setOid(kProtocolIdentifier);
+    if (this->body().value().kind() == per::Kind::Sequence)
+        this->body()["protocolIdentifier"].setOid(kProtocolIdentifier);
 }
 
 Message Signal::message(std::string name) {
@@ -82,15 +85,15 @@ void setIpv4(Builder::Slot transportAddress, const char* dotted, unsigned port) 
 
 std::string guid(uint8_t seed) {
     std::string g;
-    for (uint8_t i = 0; i < 16; ++i) g += char(uint8_t(seed * 17 + i * 29));
+    for (uint8_t i = 0; i < 16; ++i)
+        g += char(uint8_t(seed * 17 + i * 29));
     return g;
 }
 
 
-
-
-
-void setCallId(Builder::Slot uuie, uint8_t seed) { uuie["callIdentifier"]["guid"].setBytes(guid(seed)); }
+void setCallId(Builder::Slot uuie, uint8_t seed) {
+    uuie["callIdentifier"]["guid"].setBytes(guid(seed));
+}
 
 Signal setup(uint8_t seed) {
     Signal s(Q931::Setup, "setup", 0x1000 + seed);
@@ -115,9 +118,12 @@ Signal answer(uint8_t type, const char* body, uint8_t seed, bool fromDestination
     const per::Type& t = *b.value().type();
     for (size_t i = 0; i < t.rootCount; ++i) {
         std::string_view name = t.components[i].name;
-        if (name == "destinationInfo") setEndpoint(b["destinationInfo"]);
-        if (name == "conferenceID") b["conferenceID"].setBytes(guid(seed + 100));
-        if (name == "reason" && type == Q931::Facility) b["reason"].choose("undefinedReason");
+        if (name == "destinationInfo")
+            setEndpoint(b["destinationInfo"]);
+        if (name == "conferenceID")
+            b["conferenceID"].setBytes(guid(seed + 100));
+        if (name == "reason" && type == Q931::Facility)
+            b["reason"].choose("undefinedReason");
     }
     setCallId(b, seed);
     s.pdu()["h245Tunneling"].setBool(true);
@@ -171,11 +177,16 @@ Message answerMessage(const Answer& a) {
     const uint8_t seed = uint8_t(&a - kAnswers + 1);
     Signal s = answer(a.type, a.body, seed, a.type != Q931::Information);
     Builder::Slot b = s.body();
-    if (a.extras & StartH245) b["reason"].choose("startH245");
-    if (a.extras & FastStart) addFastStart(b);
-    if (a.extras & H245Address) setIpv4(b["h245Address"], "10.1.6.18", 1232);
-    if (a.extras & NetBiosH245Address) b["h245Address"].choose("netBios").setBytes(guid(9));
-    if (a.extras & CalledDigits) s.q931().setPartyNumber(Q931::CalledPartyNumber, "5#", 0, 1);
+    if (a.extras & StartH245)
+        b["reason"].choose("startH245");
+    if (a.extras & FastStart)
+        addFastStart(b);
+    if (a.extras & H245Address)
+        setIpv4(b["h245Address"], "10.1.6.18", 1232);
+    if (a.extras & NetBiosH245Address)
+        b["h245Address"].choose("netBios").setBytes(guid(9));
+    if (a.extras & CalledDigits)
+        s.q931().setPartyNumber(Q931::CalledPartyNumber, "5#", 0, 1);
     return s.message(a.name);
 }
 
@@ -234,17 +245,22 @@ std::vector<Message> signallingMessages() {
     }
     {
         Signal s = setup(6);
-        s.q931().setElement(Q931::CallingPartyNumber, "\x21\x83" "777");   // octets 3 and 3a
+        s.q931().setElement(Q931::CallingPartyNumber,
+                            "\x21\x83"
+                            "777");  // octets 3 and 3a
         all.push_back(s.message("setup with calling number octet 3a"));
     }
-    for (const Answer& a : kAnswers) all.push_back(answerMessage(a));
+    for (const Answer& a : kAnswers)
+        all.push_back(answerMessage(a));
     for (int n : {1, 2}) {
         Signal s(Q931::Facility, "empty", 0x1100 + n, n == 2);
         s.pdu()["h245Tunneling"].setBool(true);
         Builder::Slot control = s.pdu()["h245Control"];
         control.append().setBytes(fromHex(kTunnelledTerminalCapabilitySet));
-        if (n == 2) control.append().setBytes(fromHex(kTunnelledOpenLogicalChannel));
-        all.push_back(s.message(n == 1 ? "empty facility tunnelling one H.245 message" : "empty facility tunnelling two"));
+        if (n == 2)
+            control.append().setBytes(fromHex(kTunnelledOpenLogicalChannel));
+        all.push_back(
+            s.message(n == 1 ? "empty facility tunnelling one H.245 message" : "empty facility tunnelling two"));
     }
     {
         Signal s(Q931::ReleaseComplete, "releaseComplete", 0x1001, true);

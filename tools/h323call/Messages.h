@@ -17,7 +17,7 @@ namespace h323::test {
 
 struct Message {
     std::string name;
-    std::vector<uint8_t> bytes;   // a Q.931 message, user-user element included
+    std::vector<uint8_t> bytes;  // a Q.931 message, user-user element included
 };
 
 // One Q.931 message with an H323-UserInformation in its user-user element.
@@ -29,7 +29,7 @@ public:
     per::Builder::Slot body() { return pdu()["h323_message_body"].chosen(); }
     Q931& q931() { return q931_; }
     Message message(std::string name);
-    std::string encoded();   // message() without a name
+    std::string encoded();  // message() without a name
 
 private:
     Q931 q931_;

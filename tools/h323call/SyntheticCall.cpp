@@ -40,19 +40,18 @@ std::vector<Step> syntheticCall(const Addresses& a) {
                          "rcodec:g711Ulaw64k 20,rtp:" + a.callerIp + " " + std::to_string(a.callerRtpPort) + "\n"});
 
     steps.push_back({"Alerting", Step::Signalling, Step::CalleeToCaller,
-                     h323::test::answer(Q931::Alerting, "alerting", kSeed).encoded(),
-                     "t:1\nr:" + ref + "\n" + callId});
+                     h323::test::answer(Q931::Alerting, "alerting", kSeed).encoded(), "t:1\nr:" + ref + "\n" + callId});
 
     Signal connect = h323::test::answer(Q931::Connect, "connect", kSeed);
     h323::test::setIpv4(connect.body()["h245Address"], a.calleeIp.c_str(), a.h245Port);
-    steps.push_back({"Connect", Step::Signalling, Step::CalleeToCaller, connect.encoded(),
-                     "t:7\nr:" + ref + "\n" + callId});
+    steps.push_back(
+        {"Connect", Step::Signalling, Step::CalleeToCaller, connect.encoded(), "t:7\nr:" + ref + "\n" + callId});
 
     const std::string olc = channeltest::openLogicalChannelRequest(audioChannel(2, calleeMedia, {}));
-    const std::string described2 =
-        "m:2:fcodec:g711Ulaw64k 20,rtp:" + a.calleeIp + " " + std::to_string(a.calleeRtpPort) + "rcodec:g711Ulaw64k 20,";
-    steps.push_back({"OpenLogicalChannel", Step::H245, Step::CallerToCallee, olc,
-                     "t:130\nr:" + ref + "\n" + described2 + "\n"});
+    const std::string described2 = "m:2:fcodec:g711Ulaw64k 20,rtp:" + a.calleeIp + " " +
+                                   std::to_string(a.calleeRtpPort) + "rcodec:g711Ulaw64k 20,";
+    steps.push_back(
+        {"OpenLogicalChannel", Step::H245, Step::CallerToCallee, olc, "t:130\nr:" + ref + "\n" + described2 + "\n"});
     steps.push_back({"OpenLogicalChannelAck", Step::H245, Step::CalleeToCaller,
                      channeltest::openLogicalChannelAck(2, calleeMedia, {}),
                      "t:131\nr:" + ref + "\na:2:rtp:" + a.calleeIp + " " + std::to_string(a.calleeRtpPort) + "\n"});

@@ -114,10 +114,14 @@ void playMedia(const Options& o) {
 Options parse(int argc, char** argv) {
     Options o;
     const option longOptions[] = {
-        {"ip", required_argument, nullptr, 'i'},          {"port", required_argument, nullptr, 'p'},
-        {"h245-port", required_argument, nullptr, 'H'},   {"rtp-packets", required_argument, nullptr, 'r'},
-        {"gap-ms", required_argument, nullptr, 'g'},      {"media-delay-ms", required_argument, nullptr, 'd'},
-        {"help", no_argument, nullptr, 'h'},              {nullptr, 0, nullptr, 0},
+        {"ip", required_argument, nullptr, 'i'},
+        {"port", required_argument, nullptr, 'p'},
+        {"h245-port", required_argument, nullptr, 'H'},
+        {"rtp-packets", required_argument, nullptr, 'r'},
+        {"gap-ms", required_argument, nullptr, 'g'},
+        {"media-delay-ms", required_argument, nullptr, 'd'},
+        {"help", no_argument, nullptr, 'h'},
+        {nullptr, 0, nullptr, 0},
     };
     int c;
     while ((c = getopt_long(argc, argv, "i:p:H:r:g:d:h", longOptions, nullptr)) != -1) {

@@ -127,11 +127,12 @@ int main(int argc, char** argv) {
     std::this_thread::sleep_for(2s);
     report("end", seconds, sniffer, sent, received);
     const uint64_t lost = (sent.sip - received.sip) + (sent.steady - received.steady);
-    std::printf("sent %llu packets (%.0f a second); frames lost: %llu of %llu that had to arrive; "
-                "%llu add/remove commands; %d reconnections (%d full send buffers)\n",
-                (unsigned long long)packet, double(packet) / seconds, (unsigned long long)lost,
-                (unsigned long long)(sent.sip + sent.steady), (unsigned long long)churnCommands,
-                recorder.connections() - 1, sniffer.countLines("WARN Can not send. Connection to recorder lost."));
+    std::printf(
+        "sent %llu packets (%.0f a second); frames lost: %llu of %llu that had to arrive; "
+        "%llu add/remove commands; %d reconnections (%d full send buffers)\n",
+        (unsigned long long)packet, double(packet) / seconds, (unsigned long long)lost,
+        (unsigned long long)(sent.sip + sent.steady), (unsigned long long)churnCommands, recorder.connections() - 1,
+        sniffer.countLines("WARN Can not send. Connection to recorder lost."));
     const std::optional<int> status = sniffer.stop();
     std::printf("sniffer exit status %d\n", status.value_or(-1));
     return status == 0 ? 0 : 1;

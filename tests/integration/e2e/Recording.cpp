@@ -10,9 +10,9 @@ const char* const kLogConfig =
 
 std::vector<std::string> snifferCommand(const TempDir& dir, const std::string& filter, const std::string& protocol,
                                         unsigned port) {
-    dir.write("sniffer.properties", "Device=lo\nFilter=" + filter + "\nServerName=127.0.0.1\nServerPort=" +
-                                        std::to_string(port) + "\nServerProtocol=" + protocol +
-                                        "\nLogLevel=INFO\nTraceSignalling=yes\n");
+    dir.write("sniffer.properties", "Device=lo\nFilter=" + filter +
+                                        "\nServerName=127.0.0.1\nServerPort=" + std::to_string(port) +
+                                        "\nServerProtocol=" + protocol + "\nLogLevel=INFO\nTraceSignalling=yes\n");
     dir.write("log4cxx.properties", kLogConfig);
     return {SNIFFER_PROGRAM, "-c", dir.file("sniffer.properties"), "-l", dir.file("log4cxx.properties")};
 }

@@ -29,9 +29,7 @@ struct Ports {
     unsigned callerSip() const { return base + 1; }
     unsigned callerMedia() const { return base + 4; }  // SIPp takes up to 4 from here
     unsigned calleeMedia() const { return base + 10; }
-    std::string captured() const {
-        return "udp portrange " + std::to_string(base) + "-" + std::to_string(base + 19);
-    }
+    std::string captured() const { return "udp portrange " + std::to_string(base) + "-" + std::to_string(base + 19); }
     std::string address(unsigned port) const { return "127.0.0.1:" + std::to_string(port); }
 };
 
@@ -97,15 +95,14 @@ protected:
 
     // The caller's calls, one after the other, answered by a callee that echoes the audio.
     void placeCalls() {
-        ChildProcess callee({onPath("sipp"), "-sn", "uas", "-i", "127.0.0.1", "-p",
-                             std::to_string(ports.calleeSip()), "-mp", std::to_string(ports.calleeMedia()),
-                             "-rtp_echo", "-m", std::to_string(kCalls), "-nostdin"},
-                            dir.file("callee.log"), dir.path());
+        ChildProcess callee(
+            {onPath("sipp"), "-sn", "uas", "-i", "127.0.0.1", "-p", std::to_string(ports.calleeSip()), "-mp",
+             std::to_string(ports.calleeMedia()), "-rtp_echo", "-m", std::to_string(kCalls), "-nostdin"},
+            dir.file("callee.log"), dir.path());
         ASSERT_TRUE(waitUntil([&] { return udpPortBound(ports.calleeSip()); }, 5s)) << readFile(dir.file("callee.log"));
-        ChildProcess caller({onPath("sipp"), "-sf", SIPP_CALLER_SCENARIO,
-                             ports.address(ports.calleeSip()), "-i", "127.0.0.1", "-p",
-                             std::to_string(ports.callerSip()), "-mp", std::to_string(ports.callerMedia()), "-m",
-                             std::to_string(kCalls), "-l", "1", "-nostdin"},
+        ChildProcess caller({onPath("sipp"), "-sf", SIPP_CALLER_SCENARIO, ports.address(ports.calleeSip()), "-i",
+                             "127.0.0.1", "-p", std::to_string(ports.callerSip()), "-mp",
+                             std::to_string(ports.callerMedia()), "-m", std::to_string(kCalls), "-l", "1", "-nostdin"},
                             dir.file("caller.log"), dir.path());
         ASSERT_TRUE(caller.waitFor(60s)) << "the calls last about 8 s each";
         ASSERT_EQ(caller.exitStatus(), 0) << readFile(dir.file("caller.log"));
@@ -119,9 +116,9 @@ protected:
 
 TEST_P(SipRecording, EachCallHasAllItsSipAndRtpPacketsAndItsAudio) {
     Recording recording(dir, ports.captured(), GetParam());
-    ChildProcess tcpdump({onPath("tcpdump"), "-i", "lo", "-U", "-Z", "root", "-w", dir.file("sent.pcap"),
-                          ports.captured()},
-                         dir.file("tcpdump.log"));
+    ChildProcess tcpdump(
+        {onPath("tcpdump"), "-i", "lo", "-U", "-Z", "root", "-w", dir.file("sent.pcap"), ports.captured()},
+        dir.file("tcpdump.log"));
     ASSERT_TRUE(recording.waitUntilReady(10s)) << recording.logs();
     ASSERT_TRUE(waitForText(dir.file("tcpdump.log"), "listening on lo", 5s)) << readFile(dir.file("tcpdump.log"));
 

@@ -102,8 +102,8 @@ TEST_F(EmbeddedConnectionTest, ConcurrentSenderAndDrainerKeepEveryFrameInOrder) 
     constexpr int frames = 20000;
     std::thread sender([this] {
         for (int i = 0; i < frames; ++i) {
-            u_char frame[4] = {static_cast<u_char>(i >> 24), static_cast<u_char>(i >> 16),
-                               static_cast<u_char>(i >> 8), static_cast<u_char>(i)};
+            u_char frame[4] = {static_cast<u_char>(i >> 24), static_cast<u_char>(i >> 16), static_cast<u_char>(i >> 8),
+                               static_cast<u_char>(i)};
             link->sendPacket(frame, sizeof frame);
             SnifferRequest request(1, i, 0);
             link->sendRequest(request);

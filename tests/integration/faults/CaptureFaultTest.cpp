@@ -18,7 +18,6 @@ constexpr int rtp = 2;
 
 class CaptureFault : public PrivateNetworkTest {
 protected:
-
     std::vector<std::string> capturing(const std::string& devices, const std::string& filter = "udp port 5060") {
         return {"Device=" + devices, "Filter=" + filter, "ServerName=127.0.0.1",
                 "ServerPort=" + std::to_string(recorder.port()), "ServerProtocol=TCP"};

@@ -73,9 +73,9 @@ TEST_F(Privileges, SnifferUserSwitchesTheCommandLineProgram) {
 
 TEST_F(Privileges, CaptureNeedsOnlyNetRawAndNetAdmin) {
     // Started as nobody, the program loads its library from the build tree.
-    if (!runsCleanly({onPath("setpriv"), "--reuid=nobody", "--regid=nogroup", "--clear-groups", "test", "-r",
-                      SNIFFER_LIBRARY},
-                     5s))
+    if (!runsCleanly(
+            {onPath("setpriv"), "--reuid=nobody", "--regid=nogroup", "--clear-groups", "test", "-r", SNIFFER_LIBRARY},
+            5s))
         GTEST_SKIP() << "user nobody cannot read " << SNIFFER_LIBRARY << ": a folder above the build tree is private";
     SnifferProgram sniffer(capturing(), {onPath("setpriv"), "--reuid=nobody", "--regid=nogroup", "--clear-groups",
                                          "--inh-caps=+net_raw,+net_admin", "--ambient-caps=+net_raw,+net_admin"});

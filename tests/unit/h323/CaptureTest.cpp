@@ -20,14 +20,15 @@ class RealCall : public ::testing::Test {
 protected:
     void SetUp() override {
         REQUIRE_SHARED_CAPTURE(kCall);
-        if (!haveTshark()) GTEST_SKIP() << "tshark is needed to read the capture";
+        if (!haveTshark())
+            GTEST_SKIP() << "tshark is needed to read the capture";
     }
     per::Decoder decoder;
 };
 
 TEST_F(RealCall, EveryQ931MessageDecodesReadsAsTsharkReadsItAndIsNoH245) {
     auto packets = tsharkRead(kCall, kSignallingFields, "q931");
-    ASSERT_EQ(packets.size(), 4u);   // Setup, CallProceeding, Alerting, Connect
+    ASSERT_EQ(packets.size(), 4u);  // Setup, CallProceeding, Alerting, Connect
     Q931 q931;
     for (const TsharkPacket& packet : packets) {
         Pdu pdu = splitTpkt(bytes(packet.payload)).at(0);

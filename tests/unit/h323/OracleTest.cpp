@@ -33,7 +33,9 @@ Pdu build(const std::function<void(Slot)>& fill) {
     return wire;
 }
 
-Pdu pdu(const std::string& octets) { return Pdu(octets.begin(), octets.end()); }
+Pdu pdu(const std::string& octets) {
+    return Pdu(octets.begin(), octets.end());
+}
 
 // An OpenLogicalChannel request for `codec` towards `media`, with a reverse
 // direction of the same codec.
@@ -79,7 +81,8 @@ void terminalCapabilitySet(Slot message) {
     descriptor["capabilityDescriptorNumber"].setInteger(0);
     Slot simultaneous = descriptor["simultaneousCapabilities"];
     Slot audioSet = simultaneous.append();
-    for (int e : {1, 2, 3}) audioSet.append().setInteger(e);
+    for (int e : {1, 2, 3})
+        audioSet.append().setInteger(e);
     simultaneous.append().append().setInteger(5);
 }
 
@@ -88,8 +91,7 @@ void terminalCapabilitySet(Slot message) {
 std::vector<Sample> samples() {
     const MediaAddress unicast = MediaAddress::ipv4("192.168.1.20", 5000);
     return {
-        {"OLC G.711 A-law, forward only, RTCP only",
-         build([](Slot m) {
+        {"OLC G.711 A-law, forward only, RTCP only", build([](Slot m) {
              Slot forward = openLogicalChannel(m, 101)["forwardLogicalChannelParameters"];
              forward["dataType"].choose("audioData").choose("g711Alaw64k").setInteger(30);
              Slot p = forward["multiplexParameters"].choose("h2250LogicalChannelParameters");
@@ -103,8 +105,7 @@ std::vector<Sample> samples() {
         {"OLC G.711 u-law with reverse", channel(2, "g711Ulaw64k", 20, unicast)},
         {"OLC G.723.1 with reverse", channel(4, "g7231", 1, unicast)},
         {"OLC G.729 Annex A and B, an extension", channel(8, "g729AnnexAwAnnexB", 3, unicast)},
-        {"OLC GSM full rate, an extension",
-         build([](Slot m) {
+        {"OLC GSM full rate, an extension", build([](Slot m) {
              Slot forward = openLogicalChannel(m, 9)["forwardLogicalChannelParameters"];
              Slot c = forward["dataType"].choose("audioData").choose("gsmFullRate");
              c["audioUnitSize"].setInteger(33);
@@ -119,45 +120,42 @@ std::vector<Sample> samples() {
          channel(18, "g7231", 1, {MediaAddress::Multicast, "239.1.2.3", 7002})},
         {"OLCAck with forward multiplex ack only", pdu(channeltest::openLogicalChannelAck(101, unicast, {}))},
         {"OLCAck with reverse only", pdu(channeltest::openLogicalChannelAck(101, {}, unicast))},
-        {"OLCReject, an extension cause",
-         build([](Slot m) {
+        {"OLCReject, an extension cause", build([](Slot m) {
              Slot r = m.choose("response").choose("openLogicalChannelReject");
              r["forwardLogicalChannelNumber"].setInteger(3);
              r["cause"].choose("masterSlaveConflict").present();
          })},
         {"UserInputIndication alphanumeric", pdu(channeltest::userInputAlphanumeric("1234#*"))},
         {"TerminalCapabilitySet", build(terminalCapabilitySet)},
-        {"TerminalCapabilitySetAck",
-         build([](Slot m) { m.choose("response").choose("terminalCapabilitySetAck")["sequenceNumber"].setInteger(1); })},
+        {"TerminalCapabilitySetAck", build([](Slot m) {
+             m.choose("response").choose("terminalCapabilitySetAck")["sequenceNumber"].setInteger(1);
+         })},
         {"MasterSlaveDetermination", pdu(channeltest::masterSlaveDetermination())},
-        {"MasterSlaveDeterminationAck",
-         build([](Slot m) {
+        {"MasterSlaveDeterminationAck", build([](Slot m) {
              m.choose("response").choose("masterSlaveDeterminationAck")["decision"].choose("slave").present();
          })},
-        {"CloseLogicalChannel",
-         build([](Slot m) {
+        {"CloseLogicalChannel", build([](Slot m) {
              Slot c = m.choose("request").choose("closeLogicalChannel");
              c["forwardLogicalChannelNumber"].setInteger(101);
              c["source"].choose("lcse").present();
          })},
-        {"RequestMode G.711",
-         build([](Slot m) {
+        {"RequestMode G.711", build([](Slot m) {
              Slot r = m.choose("request").choose("requestMode");
              r["sequenceNumber"].setInteger(7);
              r["requestedModes"].append().append()["type"].choose("audioMode").choose("g711Ulaw64k").present();
          })},
-        {"MiscellaneousCommand fast update",
-         build([](Slot m) {
+        {"MiscellaneousCommand fast update", build([](Slot m) {
              Slot c = m.choose("command").choose("miscellaneousCommand");
              c["logicalChannelNumber"].setInteger(11);
              c["type"].choose("videoFastUpdatePicture").present();
          })},
         {"EndSessionCommand disconnect",
          build([](Slot m) { m.choose("command").choose("endSessionCommand").choose("disconnect").present(); })},
-        {"FunctionNotUnderstood returning a request",
-         build([](Slot m) {
-             Slot msd = m.choose("indication").choose("functionNotUnderstood").choose("request").choose(
-                 "masterSlaveDetermination");
+        {"FunctionNotUnderstood returning a request", build([](Slot m) {
+             Slot msd = m.choose("indication")
+                            .choose("functionNotUnderstood")
+                            .choose("request")
+                            .choose("masterSlaveDetermination");
              msd["terminalType"].setInteger(50);
              msd["statusDeterminationNumber"].setInteger(16777215);
          })},
@@ -179,25 +177,29 @@ void expectReadAlike(const std::vector<Sample>& samples) {
     }
     std::vector<TsharkPacket> tshark = tsharkRead(writeCapture(pdus, "h245dg"), kH245Fields);
     ASSERT_EQ(tshark.size(), pdus.size());
-    for (size_t i = 0; i < pdus.size(); ++i) EXPECT_EQ(toolkit[i], tshark[i].fields) << samples[i].name;
+    for (size_t i = 0; i < pdus.size(); ++i)
+        EXPECT_EQ(toolkit[i], tshark[i].fields) << samples[i].name;
 }
 
 TEST(H245Oracle, EveryBuiltMessageReadsTheSameThroughTheToolkitAndTshark) {
-    if (!haveTshark()) GTEST_SKIP() << "tshark or text2pcap not installed";
+    if (!haveTshark())
+        GTEST_SKIP() << "tshark or text2pcap not installed";
     expectReadAlike(samples());
 }
 
 // The media description names a channel's codec by its alternative's name:
 // each must be spelt, and numbered, as tshark knows it.
 TEST(H245Oracle, EveryCodecAlternativeReadsWithTsharksNameAndIndex) {
-    if (!haveTshark()) GTEST_SKIP() << "tshark or text2pcap not installed";
+    if (!haveTshark())
+        GTEST_SKIP() << "tshark or text2pcap not installed";
     std::vector<Sample> samples;
     const std::pair<const char*, const per::Type*> kMedia[] = {{"audioData", &h245::AudioCapability},
                                                                {"videoData", &h245::VideoCapability}};
     for (const auto& media : kMedia) {
         for (size_t i = 0; i < media.second->count; ++i) {
             const per::Component& codec = media.second->components[i];
-            if (codec.type->kind == per::Kind::Open) continue;
+            if (codec.type->kind == per::Kind::Open)
+                continue;
             per::ValueGenerator values(samples.size() + 1);
             samples.push_back({codec.name, build([&](Slot m) {
                                    Slot forward = openLogicalChannel(m, 1)["forwardLogicalChannelParameters"];
@@ -214,7 +216,8 @@ TEST(H245Oracle, EveryCodecAlternativeReadsWithTsharksNameAndIndex) {
 }
 
 TEST(SignallingOracle, EveryBuiltMessageReadsTheSameInTheToolkitAndInTshark) {
-    if (!haveTshark()) GTEST_SKIP() << "tshark and text2pcap are needed for the oracle";
+    if (!haveTshark())
+        GTEST_SKIP() << "tshark and text2pcap are needed for the oracle";
     std::vector<Message> messages = signallingMessages();
     std::vector<Pdu> payloads;
     for (const Message& m : messages) {

@@ -51,16 +51,16 @@ TEST(PerInteger, EncodesToHandComputedOctetsAtEachRangeEdgeAndDecodesBack) {
         int64_t value;
         const char* wire;
     } cases[] = {
-        {Int0_7, 7, "f0"},          // below 256 values: bits, unaligned
-        {Int0_255, 255, "80ff"},    // then aligned octets
+        {Int0_7, 7, "f0"},        // below 256 values: bits, unaligned
+        {Int0_255, 255, "80ff"},  // then aligned octets
         {Int0_256, 256, "800100"},
         {Int0_65535, 65535, "80ffff"},
-        {Int0_65536, 65536, "c0010000"},   // beyond 64K values: a 2-bit octet count, then the minimal octets
+        {Int0_65536, 65536, "c0010000"},  // beyond 64K values: a 2-bit octet count, then the minimal octets
         {Int1_4G, 1, "8000"},
         {Int0_4G, 4294967295, "e0ffffffff"},
-        {IntExt, 5, "a8"},                 // 1 0 101
-        {IntExt, -1, "c001ff"},            // outside the root: 1 1, length 1, 0xff
-        {IntFrom1, 257, "80020100"},       // length 2, 257 - 1
+        {IntExt, 5, "a8"},            // 1 0 101
+        {IntExt, -1, "c001ff"},       // outside the root: 1 1, length 1, 0xff
+        {IntFrom1, 257, "80020100"},  // length 2, 257 - 1
     };
     Decoder d;
     for (const auto& c : cases) {
@@ -113,14 +113,14 @@ TEST(PerLength, From16KTheEncoderFragmentsIn16KBlocksWhichTheDecoderReadsAsEmpty
     b.root().setBytes(std::string(16384 * 5 + 3, 'x'));
     std::vector<uint8_t> out = encode(b.value());
     ASSERT_EQ(out.size(), 1 + 4 * 16384 + 1 + 16384 + 1 + 3);
-    EXPECT_EQ(out[0], 0xc4);                      // four blocks of 16K
-    EXPECT_EQ(out[1 + 4 * 16384], 0xc1);          // one more
-    EXPECT_EQ(out[2 + 5 * 16384], 0x03);          // the remainder
+    EXPECT_EQ(out[0], 0xc4);              // four blocks of 16K
+    EXPECT_EQ(out[1 + 4 * 16384], 0xc1);  // one more
+    EXPECT_EQ(out[2 + 5 * 16384], 0x03);  // the remainder
     Builder exact(OctetString);
     exact.root().setBytes(std::string(16384, 'x'));
     std::vector<uint8_t> whole = encode(exact.value());
     EXPECT_EQ(whole.size(), 1 + 16384 + 1);
-    EXPECT_EQ(whole.back(), 0x00);                // a multiple of 16K still ends with a zero length
+    EXPECT_EQ(whole.back(), 0x00);  // a multiple of 16K still ends with a zero length
     Decoder d;
     Value v = d.decode(OctetString, whole.data(), whole.size());
     ASSERT_TRUE(v);
@@ -165,7 +165,7 @@ TEST(PerExtension, AdditionsTravelAsCountBitmapAndOpenTypes) {
 }
 
 TEST(PerExtension, UnknownAdditionsAreKeptAsOctetsAndEncodeBackUnchanged) {
-    std::vector<uint8_t> wire = bytes("8005 0380 0180 020161");   // b and c present
+    std::vector<uint8_t> wire = bytes("8005 0380 0180 020161");  // b and c present
     Decoder d;
     Value v = d.decode(RootOnly, wire.data(), wire.size());
     ASSERT_TRUE(v);
@@ -179,7 +179,7 @@ TEST(PerExtension, UnknownAdditionsAreKeptAsOctetsAndEncodeBackUnchanged) {
 }
 
 TEST(PerExtension, AKnownAdditionThatFailsToDecodeFailsTheWholeValue) {
-    std::vector<uint8_t> wire = bytes("8005 0280 02 0561");   // c's open type claims 5 characters in 1 octet
+    std::vector<uint8_t> wire = bytes("8005 0280 02 0561");  // c's open type claims 5 characters in 1 octet
     Decoder d;
     EXPECT_FALSE(d.decode(Extended, wire.data(), wire.size()));
     EXPECT_TRUE(d.decode(RootOnly, wire.data(), wire.size()));
@@ -191,19 +191,19 @@ const Type ExtChoice = choice("ExtChoice", ExtChoice_, Extensible);
 TEST(PerExtension, ChoiceExtensionsAreOpenTypesAndUnknownOnesNeedContentsAndA32BitIndex) {
     Builder b(ExtChoice);
     b.root().choose("r").setBool(true);
-    EXPECT_EQ(hex(encode(b.value())), "800180");   // 1, index 0 in 6 bits, open type
+    EXPECT_EQ(hex(encode(b.value())), "800180");  // 1, index 0 in 6 bits, open type
     Decoder d;
-    std::vector<uint8_t> wire = bytes("810161");   // extension index 1: not in the table
+    std::vector<uint8_t> wire = bytes("810161");  // extension index 1: not in the table
     Value unknown = d.decode(ExtChoice, wire.data(), wire.size());
     ASSERT_TRUE(unknown);
     EXPECT_EQ(unknown.tag(), 3u);
     EXPECT_EQ(unknown.tagName(), "<3>");
     EXPECT_FALSE(unknown.is("r"));
-    std::vector<uint8_t> empty = bytes("8100");   // the same, but empty
+    std::vector<uint8_t> empty = bytes("8100");  // the same, but empty
     EXPECT_FALSE(d.decode(ExtChoice, empty.data(), empty.size()));
-    std::vector<uint8_t> four = bytes("c0 04 00000001 01 61");     // large form, index 1 in 4 octets
+    std::vector<uint8_t> four = bytes("c0 04 00000001 01 61");  // large form, index 1 in 4 octets
     EXPECT_EQ(d.decode(ExtChoice, four.data(), four.size()).tagName(), "<3>");
-    std::vector<uint8_t> five = bytes("c0 05 0100000001 01 61");   // beyond 32 bits
+    std::vector<uint8_t> five = bytes("c0 05 0100000001 01 61");  // beyond 32 bits
     EXPECT_FALSE(d.decode(ExtChoice, five.data(), five.size()));
 }
 
@@ -219,9 +219,9 @@ TEST(PerCharacters, PermittedAlphabetsSendIndicesAndBmpStringsSixteenBitsReadAsU
         const char* text;
         const char* wire;
     } cases[] = {
-        {Digits, "12#", "044500"},                // length-1 in 7 bits, aligned, indices 4 5 0 in 4 bits
-        {Numeric, "0 9", "8010a0"},               // length-1 in 2 bits, aligned (4 x 4 bits reach 16), 1 0 10
-        {Ucs, "A\xc3\xa9", "01004100e9"},         // "Aé"
+        {Digits, "12#", "044500"},         // length-1 in 7 bits, aligned, indices 4 5 0 in 4 bits
+        {Numeric, "0 9", "8010a0"},        // length-1 in 2 bits, aligned (4 x 4 bits reach 16), 1 0 10
+        {Ucs, "A\xc3\xa9", "01004100e9"},  // "Aé"
     };
     Decoder d;
     for (const auto& c : cases) {
@@ -252,7 +252,7 @@ TEST(PerObjectIdentifier, ContentsAreBerArcsAndPrintDotted) {
     Builder b(ObjectIdentifier);
     b.root().setOid("0.0.8.2250.0.4");
     std::vector<uint8_t> wire = encode(b.value());
-    EXPECT_EQ(hex(wire), "060008914a0004");   // 0.0 share one octet; 2250 takes two
+    EXPECT_EQ(hex(wire), "060008914a0004");  // 0.0 share one octet; 2250 takes two
     Decoder d;
     EXPECT_EQ(d.decode(ObjectIdentifier, wire.data(), wire.size()).text(), "0.0.8.2250.0.4");
 }
@@ -264,7 +264,7 @@ TEST(PerDecoder, TruncatedInputFailsInsteadOfReadingPastTheEnd) {
     std::vector<uint8_t> wire = encode(b.value());
     Decoder d;
     for (size_t n = 0; n < wire.size(); ++n) {
-        std::vector<uint8_t> cut(wire.begin(), wire.begin() + n);   // its own allocation: ASan sees overreads
+        std::vector<uint8_t> cut(wire.begin(), wire.begin() + n);  // its own allocation: ASan sees overreads
         EXPECT_FALSE(d.decode(Extended, cut.data(), cut.size())) << n;
     }
     EXPECT_TRUE(d.decode(Extended, wire.data(), wire.size()));

@@ -13,7 +13,7 @@ using test::hex;
 
 bool decodeHex(Q931& q, const char* h) {
     std::vector<uint8_t> b = bytes(h);
-    return q.decode(b.data(), b.size());   // the message keeps copies: `b` may go
+    return q.decode(b.data(), b.size());  // the message keeps copies: `b` may go
 }
 
 TEST(Q931Decode, TwoOctetCallReferencesSplitIntoValueAndFlagShortOnesGiveZeroAndMoveTheMessageType) {
@@ -24,7 +24,7 @@ TEST(Q931Decode, TwoOctetCallReferencesSplitIntoValueAndFlagShortOnesGiveZeroAnd
         unsigned messageType;
     } cases[] = {
         {"08 02 f7 f4 02", 0x77f4, true, 2},
-        {"08 00 05 a1 a1", 0, false, 5},   // after a flagged reference: nothing stays
+        {"08 00 05 a1 a1", 0, false, 5},  // after a flagged reference: nothing stays
         {"08 02 77 f4 05", 0x77f4, false, 5},
         {"08 01 85 07 a1", 0, false, 7},
     };
@@ -41,10 +41,10 @@ TEST(Q931Decode, RefusesShortMessagesLongCallReferencesAndOverrunningElements) {
     Q931 q;
     EXPECT_FALSE(decodeHex(q, "08 02 00 01"));
     EXPECT_FALSE(decodeHex(q, "08 03 00 00 01 05"));
-    EXPECT_FALSE(decodeHex(q, "08 02 00 01 05 28 05 41 42"));          // Display claims 5 octets
-    EXPECT_FALSE(decodeHex(q, "08 02 00 01 05 28"));                   // no length at all
-    EXPECT_FALSE(decodeHex(q, "08 02 00 01 05 7e 00 00"));             // empty user-user
-    EXPECT_FALSE(decodeHex(q, "08 02 00 01 05 7e 00 05 05 01 02"));    // user-user claims 5
+    EXPECT_FALSE(decodeHex(q, "08 02 00 01 05 28 05 41 42"));        // Display claims 5 octets
+    EXPECT_FALSE(decodeHex(q, "08 02 00 01 05 28"));                 // no length at all
+    EXPECT_FALSE(decodeHex(q, "08 02 00 01 05 7e 00 00"));           // empty user-user
+    EXPECT_FALSE(decodeHex(q, "08 02 00 01 05 7e 00 05 05 01 02"));  // user-user claims 5
     EXPECT_TRUE(decodeHex(q, "08 02 00 01 05"));
 }
 
@@ -65,10 +65,10 @@ TEST(Q931PartyNumber, DigitsFollowOctet3And3aAndForTheCallingNumber3b) {
     EXPECT_EQ(q.calledPartyNumber(), "45");
     ASSERT_TRUE(decodeHex(q, "08 02 00 01 05 6c 05 01 80 37 37 37 70 04 01 81 34 35"));
     EXPECT_EQ(q.callingPartyNumber(), "777");
-    EXPECT_EQ(q.calledPartyNumber(), "45");                    // 3a skipped for the called number too
+    EXPECT_EQ(q.calledPartyNumber(), "45");  // 3a skipped for the called number too
     ASSERT_TRUE(decodeHex(q, "08 02 00 01 05 6c 05 01 00 80 39 39 70 04 01 01 34 35"));
-    EXPECT_EQ(q.callingPartyNumber(), "99");                    // 3a and 3b
-    EXPECT_EQ(q.calledPartyNumber(), "45");                     // no 3b for the called number
+    EXPECT_EQ(q.callingPartyNumber(), "99");  // 3a and 3b
+    EXPECT_EQ(q.calledPartyNumber(), "45");   // no 3b for the called number
     ASSERT_TRUE(decodeHex(q, "08 02 00 01 05 6c 01 81"));
     EXPECT_EQ(q.callingPartyNumber(), "");
     EXPECT_EQ(q.calledPartyNumber(), "");

@@ -45,7 +45,8 @@ TEST(PerTables, PermittedAlphabetsAreAscendingAndOptionalBitmapsFitTheDecoder) {
         EXPECT_LE(type->optionalCount, 64) << type->name;
         for (size_t i = 0; i < type->count; ++i) {
             const Type* c = type->components[i].type;
-            if (!c || !c->alphabet) continue;
+            if (!c || !c->alphabet)
+                continue;
             std::string_view a = c->alphabet;
             EXPECT_TRUE(std::is_sorted(a.begin(), a.end())) << type->name << "." << type->components[i].name;
         }

@@ -36,7 +36,8 @@ TEST(AliasText, StringAliasesAreThemselvesAndH323IdLosesATrailingNul) {
 }
 
 TEST(AliasText, TransportIdIsIpDollarAddressColonPortWithoutZeroPortAndWithStarForAnyAddress) {
-    EXPECT_EQ(aliasOf([](Builder::Slot a) { test::setIpv4(a.choose("transportID"), "10.1.2.3", 1720); }), "ip$10.1.2.3:1720");
+    EXPECT_EQ(aliasOf([](Builder::Slot a) { test::setIpv4(a.choose("transportID"), "10.1.2.3", 1720); }),
+              "ip$10.1.2.3:1720");
     EXPECT_EQ(aliasOf([](Builder::Slot a) { test::setIpv4(a.choose("transportID"), "10.1.2.3", 0); }), "ip$10.1.2.3");
     EXPECT_EQ(aliasOf([](Builder::Slot a) { test::setIpv4(a.choose("transportID"), "0.0.0.0", 1719); }), "ip$*:1719");
 }
@@ -54,10 +55,13 @@ TEST(AliasText, PartyNumbersCarryTheirPlanPrefixAndMobileIdentitiesGiveNothing) 
                   n["privateNumberDigits"].setText("17");
               }),
               "Private:17");
-    EXPECT_EQ(aliasOf([](Builder::Slot a) { a.choose("partyNumber").choose("dataPartyNumber").setText("1"); }), "Data:1");
-    EXPECT_EQ(aliasOf([](Builder::Slot a) { a.choose("partyNumber").choose("telexPartyNumber").setText("2"); }), "Telex:2");
-    EXPECT_EQ(aliasOf([](Builder::Slot a) { a.choose("partyNumber").choose("nationalStandardPartyNumber").setText("3"); }),
-              "NSP:3");
+    EXPECT_EQ(aliasOf([](Builder::Slot a) { a.choose("partyNumber").choose("dataPartyNumber").setText("1"); }),
+              "Data:1");
+    EXPECT_EQ(aliasOf([](Builder::Slot a) { a.choose("partyNumber").choose("telexPartyNumber").setText("2"); }),
+              "Telex:2");
+    EXPECT_EQ(
+        aliasOf([](Builder::Slot a) { a.choose("partyNumber").choose("nationalStandardPartyNumber").setText("3"); }),
+        "NSP:3");
     EXPECT_EQ(aliasOf([](Builder::Slot a) { a.choose("mobileUIM").choose("gsm_uim")["imsi"].setText("2620"); }), "");
 }
 

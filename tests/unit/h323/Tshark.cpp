@@ -26,7 +26,7 @@ Fields h245Fields() {
         {"h245.ipv6.tsapIdentifier", "unicastAddress/iP6Address/tsapIdentifier", Format::Integer},
         {"h245.mip4_network", "multicastAddress/iPAddress/network", Format::IPv4},
         {"h245.multicast.tsapIdentifier", "multicastAddress/iPAddress/tsapIdentifier", Format::Integer},
-        {"_ws.malformed", nullptr, Format::Tag},   // tshark's verdict on the whole packet
+        {"_ws.malformed", nullptr, Format::Tag},  // tshark's verdict on the whole packet
     };
     const std::pair<Format, std::vector<const char*>> named[] = {
         {Format::Tag,
@@ -41,7 +41,8 @@ Fields h245Fields() {
         {Format::Text, {"alphanumeric"}},
     };
     for (const auto& [format, names] : named)
-        for (const char* name : names) fields.push_back({std::string("h245.") + name, name, format});
+        for (const char* name : names)
+            fields.push_back({std::string("h245.") + name, name, format});
     return fields;
 }
 
@@ -60,7 +61,7 @@ const Fields kSignallingFields = {
     {"h225.h323_ID", "h323_ID", Format::Text},
     {"h225.dialledDigits", "dialedDigits", Format::Text},
     {"h225.h245Tunnelling", "h245Tunneling", Format::Boolean},
-    {"h225.FastStart_item", "fastStart", Format::Size},   // tshark gives each proposal's size
+    {"h225.FastStart_item", "fastStart", Format::Size},  // tshark gives each proposal's size
     {"h225.h245Ip", "h245Address/ipAddress/ip", Format::IPv4},
     {"h225.h245IpPort", "h245Address/ipAddress/port", Format::Integer},
     {"_ws.malformed", nullptr, Format::Tag},
@@ -72,7 +73,8 @@ std::string commandOutput(const std::string& command) {
     std::string out;
     if (FILE* p = popen(command.c_str(), "r")) {
         char buf[4096];
-        for (size_t n; (n = fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
+        for (size_t n; (n = fread(buf, 1, sizeof buf, p)) > 0;)
+            out.append(buf, n);
         pclose(p);
     }
     return out;
@@ -87,15 +89,18 @@ const std::string& tempDir() {
             path = mkdtemp(pattern) ? pattern : "";
         }
         ~Dir() {
-            if (!path.empty()) std::filesystem::remove_all(path);
+            if (!path.empty())
+                std::filesystem::remove_all(path);
         }
     } dir;
     return dir.path;
 }
 
 bool endsWithPath(const std::string& path, const std::string& tail) {
-    if (tail.empty()) return path.empty();
-    if (path.size() < tail.size() + 1) return false;
+    if (tail.empty())
+        return path.empty();
+    if (path.size() < tail.size() + 1)
+        return false;
     size_t at = path.size() - tail.size();
     return path.compare(at, tail.size(), tail) == 0 && path[at - 1] == '/';
 }
@@ -103,7 +108,8 @@ bool endsWithPath(const std::string& path, const std::string& tail) {
 // tshark writes ASN.1 identifiers as they are; the tables turn '-' into '_'.
 std::string asn1Spelling(std::string name) {
     for (char& c : name)
-        if (c == '_') c = '-';
+        if (c == '_')
+            c = '-';
     return name;
 }
 
@@ -146,10 +152,12 @@ bool shows(Format format, per::Kind kind) {
 std::string joinFields(const Fields& fields, const std::vector<std::vector<std::string>>& values) {
     std::string out;
     for (size_t f = 0; f < fields.size(); ++f) {
-        if (values[f].empty()) continue;
+        if (values[f].empty())
+            continue;
         out += fields[f].tshark;
         out += ": ";
-        for (size_t i = 0; i < values[f].size(); ++i) out += (i ? "|" : "") + values[f][i];
+        for (size_t i = 0; i < values[f].size(); ++i)
+            out += (i ? "|" : "") + values[f][i];
         out += '\n';
     }
     return out;
@@ -159,21 +167,24 @@ std::string unescapeXml(std::string s) {
     static const std::pair<const char*, char> kEntities[] = {
         {"&quot;", '"'}, {"&apos;", '\''}, {"&lt;", '<'}, {"&gt;", '>'}, {"&amp;", '&'}};
     for (auto& [entity, c] : kEntities)
-        for (size_t at; (at = s.find(entity)) != std::string::npos;) s.replace(at, strlen(entity), 1, c);
+        for (size_t at; (at = s.find(entity)) != std::string::npos;)
+            s.replace(at, strlen(entity), 1, c);
     return s;
 }
 
 std::string attribute(const std::string& line, const char* name) {
     std::string key = std::string(" ") + name + "=\"";
     size_t from = line.find(key);
-    if (from == std::string::npos) return {};
+    if (from == std::string::npos)
+        return {};
     from += key.size();
     return unescapeXml(line.substr(from, line.find('"', from) - from));
 }
 
 std::vector<TsharkPacket> parsePdml(const std::string& pdml, const Fields& fields) {
     std::map<std::string, size_t> index;
-    for (size_t f = 0; f < fields.size(); ++f) index[fields[f].tshark] = f;
+    for (size_t f = 0; f < fields.size(); ++f)
+        index[fields[f].tshark] = f;
 
     std::vector<TsharkPacket> packets;
     std::vector<std::vector<std::string>> values;
@@ -189,7 +200,8 @@ std::vector<TsharkPacket> parsePdml(const std::string& pdml, const Fields& field
             packets.back().payload = attribute(line, "value");
         } else if (line.find("<field ") != std::string::npos || line.find("<proto ") != std::string::npos) {
             auto it = index.find(attribute(line, "name"));
-            if (it == index.end()) continue;
+            if (it == index.end())
+                continue;
             if (fields[it->second].format == Format::Tag) {
                 std::string shown = attribute(line, "showname");
                 values[it->second].push_back(shown.substr(shown.find(": ") + 2));
@@ -203,16 +215,19 @@ std::vector<TsharkPacket> parsePdml(const std::string& pdml, const Fields& field
 
 }  // namespace
 
-bool haveTshark() { return std::system("command -v tshark >/dev/null 2>&1 && command -v text2pcap >/dev/null 2>&1") == 0; }
+bool haveTshark() {
+    return std::system("command -v tshark >/dev/null 2>&1 && command -v text2pcap >/dev/null 2>&1") == 0;
+}
 
 std::string writeCapture(const std::vector<Pdu>& payloads, const std::string& dissector) {
     static int serial = 0;
     std::string base = tempDir() + "/capture" + std::to_string(serial++);
     {
         std::ofstream text(base + ".txt");
-        for (const auto& p : payloads) {   // a packet a line, from offset 0
+        for (const auto& p : payloads) {  // a packet a line, from offset 0
             text << "000000";
-            for (uint8_t b : p) text << ' ' << hex({b});
+            for (uint8_t b : p)
+                text << ' ' << hex({b});
             text << "\n\n";
         }
     }
@@ -222,7 +237,8 @@ std::string writeCapture(const std::vector<Pdu>& payloads, const std::string& di
 
 std::vector<TsharkPacket> tsharkRead(const std::string& capture, const Fields& fields, const std::string& filter) {
     std::string command = "tshark -r " + capture + " -T pdml";
-    if (!filter.empty()) command += " -Y '" + filter + "'";
+    if (!filter.empty())
+        command += " -Y '" + filter + "'";
     return parsePdml(commandOutput(command + " 2>/dev/null"), fields);
 }
 
@@ -234,11 +250,13 @@ void FieldCollector::collect(per::Value v, const std::string& path) {
     switch (v.kind()) {
     case per::Kind::Sequence:
         for (size_t i = 0; i < v.type()->count; ++i)
-            if (per::Value c = v.component(i)) collect(c, path + "/" + v.type()->components[i].name);
+            if (per::Value c = v.component(i))
+                collect(c, path + "/" + v.type()->components[i].name);
         break;
     case per::Kind::Choice: collect(v.chosen(), path + "/" + v.tagName()); break;
     case per::Kind::SequenceOf:
-        for (size_t i = 0; i < v.size(); ++i) collect(v.at(i), path);
+        for (size_t i = 0; i < v.size(); ++i)
+            collect(v.at(i), path);
         break;
     default: break;
     }
@@ -246,10 +264,13 @@ void FieldCollector::collect(per::Value v, const std::string& path) {
 
 void FieldCollector::add(const std::string& tshark, const std::string& value) {
     for (size_t f = 0; f < fields_.size(); ++f)
-        if (!value.empty() && tshark == fields_[f].tshark) values_[f].push_back(value);
+        if (!value.empty() && tshark == fields_[f].tshark)
+            values_[f].push_back(value);
 }
 
-std::string FieldCollector::text() const { return joinFields(fields_, values_); }
+std::string FieldCollector::text() const {
+    return joinFields(fields_, values_);
+}
 
 std::string signallingFields(const Q931& q931, per::Value userInfo) {
     FieldCollector fields(kSignallingFields);
@@ -261,7 +282,8 @@ std::string signallingFields(const Q931& q931, per::Value userInfo) {
     fields.add("q931.message_type", type);
     fields.add("q931.calling_party_number.digits", q931.callingPartyNumber());
     fields.add("q931.called_party_number.digits", q931.calledPartyNumber());
-    if (userInfo) fields.collect(userInfo);
+    if (userInfo)
+        fields.collect(userInfo);
     return fields.text();
 }
 
@@ -269,7 +291,8 @@ std::vector<Pdu> splitTpkt(const Pdu& payload) {
     std::vector<Pdu> pdus;
     for (size_t at = 0; at + 4 <= payload.size();) {
         size_t length = size_t(payload[at + 2]) << 8 | payload[at + 3];
-        if (payload[at] != 3 || length < 4 || at + length > payload.size()) break;
+        if (payload[at] != 3 || length < 4 || at + length > payload.size())
+            break;
         pdus.emplace_back(payload.begin() + at + 4, payload.begin() + at + length);
         at += length;
     }

@@ -44,7 +44,7 @@ std::string writeCapture(const std::vector<Pdu>& payloads, const std::string& di
 // occurs, "name: value|value|...", in the order of the packet.
 struct TsharkPacket {
     std::string fields;
-    std::string payload;   // the TCP payload, hex, when read from a capture
+    std::string payload;  // the TCP payload, hex, when read from a capture
 };
 
 // The packets of a capture file that match `filter`.
@@ -57,7 +57,7 @@ class FieldCollector {
 public:
     explicit FieldCollector(const Fields& fields) : fields_(fields), values_(fields.size()) {}
     void collect(per::Value v, const std::string& path = "");
-    void add(const std::string& tshark, const std::string& value);   // a value from outside the PER tree
+    void add(const std::string& tshark, const std::string& value);  // a value from outside the PER tree
     std::string text() const;
 
 private:

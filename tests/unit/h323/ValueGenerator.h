@@ -39,7 +39,8 @@ public:
         case Kind::Choice: fillChoice(s, t, depth); break;
         case Kind::SequenceOf: {
             size_t n = depth > kFullDepth ? size_t(std::max<int64_t>(t.range.lower, 0)) : length(t.range, 0, 3);
-            for (size_t i = 0; i < n; ++i) fill(s.append(), *t.element, depth + 1);
+            for (size_t i = 0; i < n; ++i)
+                fill(s.append(), *t.element, depth + 1);
             break;
         }
         default: s.setText(characters(t)); break;
@@ -71,7 +72,8 @@ private:
 
     std::string octets(size_t n) {
         std::string out;
-        for (size_t i = 0; i < n; ++i) out += char(pick(256));
+        for (size_t i = 0; i < n; ++i)
+            out += char(pick(256));
         return out;
     }
 
@@ -81,8 +83,10 @@ private:
         size_t size = std::char_traits<char>::length(alphabet);
         std::string out;
         for (size_t i = length(t.range, 0); i > 0; --i) {
-            if (t.kind == Kind::BMPString && !t.alphabet && pick(4) == 0) out += "\xc3\xa9";   // é: beyond one octet
-            else out += alphabet[pick(size)];
+            if (t.kind == Kind::BMPString && !t.alphabet && pick(4) == 0)
+                out += "\xc3\xa9";  // é: beyond one octet
+            else
+                out += alphabet[pick(size)];
         }
         return out;
     }
@@ -92,15 +96,17 @@ private:
         for (size_t i = 0; i < t.count; ++i) {
             const Component& c = t.components[i];
             bool required = !c.optional() && !c.addition();
-            if (required || (depth <= kFullDepth && pick(2))) fill(s[c.name], *c.type, depth + 1);
+            if (required || (depth <= kFullDepth && pick(2)))
+                fill(s[c.name], *c.type, depth + 1);
         }
     }
 
     void fillChoice(Builder::Slot s, const Type& t, int depth) {
         size_t index = pick(t.count);
-        if (depth > kFullDepth)   // prefer an alternative that ends the recursion
+        if (depth > kFullDepth)  // prefer an alternative that ends the recursion
             for (size_t i = t.count; i-- > 0;)
-                if (isLeaf(*t.components[i].type)) index = i;
+                if (isLeaf(*t.components[i].type))
+                    index = i;
         fill(s.choose(t.components[index].name), *t.components[index].type, depth + 1);
     }
 

@@ -36,8 +36,7 @@ constexpr auto kPacketTime = std::chrono::milliseconds(20);
 
 // A chirp from 200 Hz to 3 kHz, inside every codec's band; unlike a steady tone it matches
 // itself at no lag but the right one.
-std::vector<int16_t> chirp(int rate, double seconds)
-{
+std::vector<int16_t> chirp(int rate, double seconds) {
     constexpr double kFrom = 200, kTo = 3000;
     std::vector<int16_t> samples(static_cast<size_t>(rate * seconds));
     for (size_t i = 0; i < samples.size(); ++i) {
@@ -50,8 +49,7 @@ std::vector<int16_t> chirp(int rate, double seconds)
 
 // Normalised cross-correlation of `decoded` against `source`, at the decoder delay (0 to 50 ms)
 // that matches best, over the source's second half, past any decoder's settling.
-double bestCorrelation(const std::vector<int16_t>& source, const std::vector<int16_t>& decoded, int rate)
-{
+double bestCorrelation(const std::vector<int16_t>& source, const std::vector<int16_t>& decoded, int rate) {
     double best = 0;
     const size_t from = source.size() / 2, to = source.size() - static_cast<size_t>(rate / 20);
     for (size_t lag = 0; lag <= static_cast<size_t>(rate / 20); ++lag) {
@@ -68,8 +66,7 @@ double bestCorrelation(const std::vector<int16_t>& source, const std::vector<int
     return best;
 }
 
-std::vector<int16_t> channelOf(const Wav& wav, unsigned channel)
-{
+std::vector<int16_t> channelOf(const Wav& wav, unsigned channel) {
     std::vector<int16_t> samples;
     for (size_t i = channel; i < wav.samples.size(); i += wav.channels)
         samples.push_back(wav.samples[i]);
@@ -80,16 +77,14 @@ class RecorderCodecs : public testing::Test {
 protected:
     // 20 ms RTP packets of one source, arriving 20 ms apart from the call's start.
     bool send(int channel, uint8_t payloadType, const std::string& codec, uint32_t timestamp, uint16_t sequence,
-              const std::string& payload)
-    {
+              const std::string& payload) {
         const TimePoint arrival = TimePoint{} + kPacketTime * sequence;
         const RtpPacket packet{payloadType, sequence, timestamp, 1234u + channel, payload};
         return audio.add(channel, arrival, packet, codec);
     }
 
     // Closes the audio and writes call.wav on another thread, as the archive may.
-    Wav writtenWav()
-    {
+    Wav writtenWav() {
         audio.close();
         const std::string path = dir.file("call.wav");
         EXPECT_TRUE(std::async(std::launch::async, [this, path] { return audio.writeWav(path); }).get());
@@ -104,15 +99,14 @@ protected:
 struct CodecCase {
     const char* name;  // as the signalling names it
     uint8_t payloadType;
-    int rate;             // of the source and the wav
-    uint32_t clockStep;   // RTP clock per 20 ms packet
+    int rate;            // of the source and the wav
+    uint32_t clockStep;  // RTP clock per 20 ms packet
     double threshold;
-    bool conceals;        // a lost packet, else silence
+    bool conceals;                                              // a lost packet, else silence
     std::function<std::string(const int16_t*, size_t)> encode;  // one packet's samples
 };
 
-TEST_F(RecorderCodecs, EachCodecsAudioMatchesItsSourceInTheWav)
-{
+TEST_F(RecorderCodecs, EachCodecsAudioMatchesItsSourceInTheWav) {
     g722_encode_state_t* g722 = g722_encode_init(nullptr, 64000, 0);
     bcg729EncoderChannelContextStruct* g729 = initBcg729EncoderChannel(0);
     int error = 0;
@@ -196,8 +190,7 @@ TEST_F(RecorderCodecs, EachCodecsAudioMatchesItsSourceInTheWav)
     opus_encoder_destroy(opus);
 }
 
-TEST_F(RecorderCodecs, ALostPacketIsSilenceOfItsLengthAndOtherPayloadsFillNothing)
-{
+TEST_F(RecorderCodecs, ALostPacketIsSilenceOfItsLengthAndOtherPayloadsFillNothing) {
     const std::string payload(160, '\xc5');  // A-law for 264
     for (uint16_t n = 0; n < 50; ++n) {
         if (n != 10) {
@@ -221,8 +214,7 @@ TEST_F(RecorderCodecs, ALostPacketIsSilenceOfItsLengthAndOtherPayloadsFillNothin
     }
 }
 
-TEST_F(RecorderCodecs, TimestampsPlaceTheAudioWhateverTheArrivalButAJumpIsNotSilence)
-{
+TEST_F(RecorderCodecs, TimestampsPlaceTheAudioWhateverTheArrivalButAJumpIsNotSilence) {
     const std::string payload(160, '\xd5');
     const TimePoint start{};
     // Twenty seconds of RTP time in steps of 5 s, arriving within milliseconds as a fast replay
@@ -237,8 +229,7 @@ TEST_F(RecorderCodecs, TimestampsPlaceTheAudioWhateverTheArrivalButAJumpIsNotSil
     EXPECT_DOUBLE_EQ(audio.duration(), 20.0);
 }
 
-TEST_F(RecorderCodecs, AnHourLongCallHoldsOnlyItsWindowInMemoryAndItsWavIsComplete)
-{
+TEST_F(RecorderCodecs, AnHourLongCallHoldsOnlyItsWindowInMemoryAndItsWavIsComplete) {
     constexpr uint16_t kLate = 1000;  // a packet that arrives a second after its successors
     const size_t bound = CallAudio::kChannels * SampleSpool::kWindowSamples;
     const std::string payload(160, '\xc5');  // 264

@@ -21,8 +21,7 @@ constexpr uint8_t kPcmu = 0;
 constexpr uint8_t kUlawLoudest = 0x80;  // +32124
 
 // recorder-decrypt with `arguments`: its exit status, and what it printed in `output`.
-int runTool(const TempDir& dir, const std::vector<std::string>& arguments, std::string* output = nullptr)
-{
+int runTool(const TempDir& dir, const std::vector<std::string>& arguments, std::string* output = nullptr) {
     std::vector<std::string> argv{RECORDER_DECRYPT_BINARY};
     argv.insert(argv.end(), arguments.begin(), arguments.end());
     ChildProcess tool(argv, dir.file("tool.out"));
@@ -32,8 +31,7 @@ int runTool(const TempDir& dir, const std::vector<std::string>& arguments, std::
     return tool.exitStatus();
 }
 
-std::string rtp(uint16_t sequence)
-{
+std::string rtp(uint16_t sequence) {
     std::string packet = {'\x80', static_cast<char>(kPcmu), static_cast<char>(sequence >> 8),
                           static_cast<char>(sequence)};
     const uint32_t timestamp = 160u * sequence;
@@ -43,21 +41,20 @@ std::string rtp(uint16_t sequence)
     return packet + std::string(160, static_cast<char>(kUlawLoudest));
 }
 
-bool sameFiles(const fs::path& a, const fs::path& b)
-{
+bool sameFiles(const fs::path& a, const fs::path& b) {
     std::ifstream first(a, std::ios::binary), second(b, std::ios::binary);
     std::vector<char> blockA(1 << 20), blockB(1 << 20);
     while (first && second) {
         first.read(blockA.data(), static_cast<std::streamsize>(blockA.size()));
         second.read(blockB.data(), static_cast<std::streamsize>(blockB.size()));
-        if (first.gcount() != second.gcount() || !std::equal(blockA.begin(), blockA.begin() + first.gcount(), blockB.begin()))
+        if (first.gcount() != second.gcount() ||
+            !std::equal(blockA.begin(), blockA.begin() + first.gcount(), blockB.begin()))
             return false;
     }
     return first.eof() && second.eof();
 }
 
-long peakResidentKiB()
-{
+long peakResidentKiB() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     return usage.ru_maxrss;
@@ -65,8 +62,7 @@ long peakResidentKiB()
 
 }  // namespace
 
-TEST(RecorderEncryption, ACallLeavesOnlyEncryptedFilesThatTheSecretKeyRestoresAndNoOtherKeyOpens)
-{
+TEST(RecorderEncryption, ACallLeavesOnlyEncryptedFilesThatTheSecretKeyRestoresAndNoOtherKeyOpens) {
     TempDir keys, otherKeys, work;
     ASSERT_EQ(runTool(work, {"--make-keys", keys.path()}), 0);
     ASSERT_EQ(runTool(work, {"--make-keys", otherKeys.path()}), 0);
@@ -111,16 +107,17 @@ TEST(RecorderEncryption, ACallLeavesOnlyEncryptedFilesThatTheSecretKeyRestoresAn
     EXPECT_EQ(compactJson(readFile(work.file("call.json"))), calls[0]);
 
     std::string output;
-    EXPECT_EQ(runTool(work, {otherKeys.file("recording.key"), (folder / "call.wav.enc").string(), work.file("x")},
-                      &output),
-              1);
+    EXPECT_EQ(
+        runTool(work, {otherKeys.file("recording.key"), (folder / "call.wav.enc").string(), work.file("x")}, &output),
+        1);
     EXPECT_EQ(output, std::string(RECORDER_DECRYPT_BINARY) + ": " + (folder / "call.wav.enc").string() +
                           " was not encrypted to this key\n");
     EXPECT_FALSE(fs::exists(work.file("x")));
 
     // The page cannot play what it cannot read: the file route says why instead of a bare 404.
     httplib::Client web("127.0.0.1", recorder.httpPort());
-    ASSERT_TRUE(waitUntil([&] { return nlohmann::json::parse(web.Get("/api/calls")->body).value("total", 0) == 1; }, 5s));
+    ASSERT_TRUE(
+        waitUntil([&] { return nlohmann::json::parse(web.Get("/api/calls")->body).value("total", 0) == 1; }, 5s));
     const int id = nlohmann::json::parse(web.Get("/api/calls")->body)["calls"][0]["id"];
     const auto answer = web.Get(("/files/" + std::to_string(id) + "/call.wav").c_str());
     EXPECT_EQ(answer->status, 409);
@@ -130,8 +127,7 @@ TEST(RecorderEncryption, ACallLeavesOnlyEncryptedFilesThatTheSecretKeyRestoresAn
 
 // 20 MiB is 320 chunks: the size says each went out with its own tag, the peak memory that none
 // was held past its turn; a file cut at a chunk's end or altered in one byte is refused.
-TEST(SealedFileFormat, ManyChunksRoundTripInBoundedMemoryAndACutOrAlteredFileIsRefused)
-{
+TEST(SealedFileFormat, ManyChunksRoundTripInBoundedMemoryAndACutOrAlteredFileIsRefused) {
     TempDir dir;
     const fs::path clear = dir.file("big"), sealed = dir.file("big.enc"), restored = dir.file("restored");
     {

@@ -12,8 +12,7 @@ constexpr uint8_t kPcmu = 0, kPcma = 8;
 constexpr uint8_t kAlawLoudest = 0xaa;  // +32256
 constexpr uint8_t kUlawLoudest = 0x80;  // +32124
 
-std::string rtp(uint8_t payloadType, uint16_t sequence, uint32_t timestamp, uint32_t ssrc, uint8_t fill)
-{
+std::string rtp(uint8_t payloadType, uint16_t sequence, uint32_t timestamp, uint32_t ssrc, uint8_t fill) {
     std::string packet = {'\x80', static_cast<char>(payloadType), static_cast<char>(sequence >> 8),
                           static_cast<char>(sequence)};
     for (const uint32_t word : {timestamp, ssrc})
@@ -26,8 +25,7 @@ std::string rtp(uint8_t payloadType, uint16_t sequence, uint32_t timestamp, uint
 // second call that is refused.
 class RecorderFiles : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
+    void SetUp() override {
         const auto sip = [&](const std::string& message, bool fromCaller) {
             send(1, fromCaller ? kCallerSip : kCalleeSip, fromCaller ? kCalleeSip : kCallerSip, message);
         };
@@ -55,8 +53,7 @@ protected:
         folder = jsonValue(calls[0], "folder");
     }
 
-    void send(uint8_t protocol, const Endpoint& source, const Endpoint& destination, const std::string& payload)
-    {
+    void send(uint8_t protocol, const Endpoint& source, const Endpoint& destination, const std::string& payload) {
         sniffer.send(frame(protocol, source, destination, payload));
         sent.push_back({toString(source) + " > " + toString(destination), payload});
     }
@@ -68,8 +65,7 @@ protected:
     std::string folder;
 };
 
-TEST_F(RecorderFiles, IndexHasOneLinePerCallInTheOrderTheyEndedAndCallJsonTheSameRecord)
-{
+TEST_F(RecorderFiles, IndexHasOneLinePerCallInTheOrderTheyEndedAndCallJsonTheSameRecord) {
     EXPECT_NE(calls[0].find("\"call_id\":\"call-a@10.0.0.1\",\"caller\":\"sip:alice@10.0.0.1\","
                             "\"callee\":\"sip:bob@10.0.0.2\""),
               std::string::npos)
@@ -88,7 +84,9 @@ TEST_F(RecorderFiles, IndexHasOneLinePerCallInTheOrderTheyEndedAndCallJsonTheSam
       "owner": "caller",
       "codecs": [
         "PCMU/8000"
-      ])"), std::string::npos) << json;
+      ])"),
+              std::string::npos)
+        << json;
 
     // Each stream counted with its losses and reordering.
     EXPECT_NE(calls[0].find(R"({"destination":"10.0.0.2:5000","source":"10.0.0.1:4000","speaker":"caller",)"
@@ -103,8 +101,7 @@ TEST_F(RecorderFiles, IndexHasOneLinePerCallInTheOrderTheyEndedAndCallJsonTheSam
         << calls[0];
 }
 
-TEST_F(RecorderFiles, PcapHoldsEveryPacketOfTheCallByteForByteInArrivalOrder)
-{
+TEST_F(RecorderFiles, PcapHoldsEveryPacketOfTheCallByteForByteInArrivalOrder) {
     const std::vector<Packet> packets = readPackets(folder + "/call.pcap", {});
     const size_t callA = 6 + 6 + 50;
     ASSERT_EQ(packets.size(), callA);
@@ -114,8 +111,7 @@ TEST_F(RecorderFiles, PcapHoldsEveryPacketOfTheCallByteForByteInArrivalOrder)
     }
 }
 
-TEST_F(RecorderFiles, WavHasOneChannelPerDirectionAndTheCallsLength)
-{
+TEST_F(RecorderFiles, WavHasOneChannelPerDirectionAndTheCallsLength) {
     const Wav wav = readWav(folder + "/call.wav");
     ASSERT_EQ(wav.channels, 2u);
     ASSERT_EQ(wav.rate, 8000u);
@@ -134,8 +130,7 @@ TEST_F(RecorderFiles, WavHasOneChannelPerDirectionAndTheCallsLength)
     EXPECT_NE(calls[0].find("\"files\":{\"pcap\":\"call.pcap\",\"wav\":\"call.wav\"}"), std::string::npos);
 }
 
-TEST(RecorderShutdown, StopSignalArchivesOpenCallsAndExitsCleanly)
-{
+TEST(RecorderShutdown, StopSignalArchivesOpenCallsAndExitsCleanly) {
     RecorderProcess recorder;
     {
         TcpSniffer sniffer(recorder.port());

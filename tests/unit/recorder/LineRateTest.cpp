@@ -14,15 +14,16 @@ namespace recorder::test {
 namespace {
 
 // The frame a producer queues as its n-th: its size, bytes, addresses and time all follow from n.
-Frame numbered(uint32_t n, std::string& payload)
-{
+Frame numbered(uint32_t n, std::string& payload) {
     payload.assign(1 + n % 1400, static_cast<char>(n));
-    return Frame{n % 3 == 0 ? Protocol::Sip : Protocol::Rtp, {n, static_cast<uint16_t>(n)},
-                 {~n, static_cast<uint16_t>(n >> 16)}, payload, TimePoint(std::chrono::microseconds(n))};
+    return Frame{n % 3 == 0 ? Protocol::Sip : Protocol::Rtp,
+                 {n, static_cast<uint16_t>(n)},
+                 {~n, static_cast<uint16_t>(n >> 16)},
+                 payload,
+                 TimePoint(std::chrono::microseconds(n))};
 }
 
-TEST(RecorderBacklog, HandsEveryRecordOverInOrderAcrossThreadsAndChunks)
-{
+TEST(RecorderBacklog, HandsEveryRecordOverInOrderAcrossThreadsAndChunks) {
     constexpr uint32_t kFrames = 300000;  // about 200 MiB through 1 MiB chunks, reused
     Backlog backlog(size_t{64} << 20);
     std::thread producer([&] {
@@ -59,8 +60,7 @@ TEST(RecorderBacklog, HandsEveryRecordOverInOrderAcrossThreadsAndChunks)
     EXPECT_GT(backlog.peakBytes(), 0u);
 }
 
-TEST(RecorderBacklog, FullBacklogDropsRtpFirstAndCountsItThenTakesFramesAgain)
-{
+TEST(RecorderBacklog, FullBacklogDropsRtpFirstAndCountsItThenTakesFramesAgain) {
     Backlog backlog(2 << 20);
     const std::string payload(1000, 'r');
     const Frame rtp{Protocol::Rtp, {1, 2}, {3, 4}, payload, {}};
@@ -78,17 +78,18 @@ TEST(RecorderBacklog, FullBacklogDropsRtpFirstAndCountsItThenTakesFramesAgain)
     backlog.publish();
 
     std::vector<std::string> seen;
-    EXPECT_EQ(backlog.consume(0ms, [&](LinkEvent event, const Frame& frame) {
-        if (event != LinkEvent::Frame || frame.protocol != Protocol::Rtp)
-            seen.push_back(event == LinkEvent::Lost ? "lost" : std::string(frame.payload));
-    }), taken + 2);
+    EXPECT_EQ(backlog.consume(0ms,
+                              [&](LinkEvent event, const Frame& frame) {
+                                  if (event != LinkEvent::Frame || frame.protocol != Protocol::Rtp)
+                                      seen.push_back(event == LinkEvent::Lost ? "lost" : std::string(frame.payload));
+                              }),
+              taken + 2);
     EXPECT_EQ(seen, (std::vector<std::string>{"BYE sip:b SIP/2.0", "lost"}));
     EXPECT_EQ(backlog.queuedBytes(), 0u);
     EXPECT_TRUE(backlog.push(LinkEvent::Frame, rtp));
 }
 
-TEST(RecorderFileCache, KeepsEveryFileWholeWithFewDescriptorsOpen)
-{
+TEST(RecorderFileCache, KeepsEveryFileWholeWithFewDescriptorsOpen) {
     TempDir dir;
     FileCache files(3);
     std::vector<FileCache::Id> ids;
@@ -116,8 +117,7 @@ TEST(RecorderFileCache, KeepsEveryFileWholeWithFewDescriptorsOpen)
 
 // A second of a busy site's RTP in one burst, while the call's folder is being made: every frame
 // reaches call.pcap and the counts, and the counters say so at stop.
-TEST(RecorderLineRate, BurstOfTwoHundredThousandFramesIsRecordedWhole)
-{
+TEST(RecorderLineRate, BurstOfTwoHundredThousandFramesIsRecordedWhole) {
     constexpr uint32_t kFrames = 200000;
     RecorderProcess recorder({"--linger", "0.1"});
     TcpSniffer sniffer(recorder.port());
@@ -128,8 +128,8 @@ TEST(RecorderLineRate, BurstOfTwoHundredThousandFramesIsRecordedWhole)
     for (uint32_t n = 0; n < kFrames; ++n) {
         const bool fromCaller = n % 2 == 0;
         const uint16_t sequence = static_cast<uint16_t>(n / 2);
-        std::string rtp = {'\x80', 8, static_cast<char>(sequence >> 8), static_cast<char>(sequence), 0, 0, 0, 0,
-                           0, 0, 0, static_cast<char>(fromCaller ? 1 : 2)};
+        std::string rtp = {'\x80', 8, static_cast<char>(sequence >> 8),     static_cast<char>(sequence), 0, 0, 0, 0, 0,
+                           0,      0, static_cast<char>(fromCaller ? 1 : 2)};
         rtp += std::string(160, '\xd5');
         const Bytes one = frame(2, fromCaller ? kCallerRtp : kCalleeRtp, fromCaller ? kCalleeRtp : kCallerRtp, rtp);
         burst.insert(burst.end(), one.begin(), one.end());
@@ -145,8 +145,8 @@ TEST(RecorderLineRate, BurstOfTwoHundredThousandFramesIsRecordedWhole)
     // The pcap: its header, then per packet a record header, Ethernet, IPv4 and UDP headers and
     // the payload; three SIP messages and every RTP packet.
     const std::string folder = jsonValue(calls[0], "folder");
-    const uintmax_t sipBytes = std::filesystem::file_size(folder + "/call.pcap") - 24 -
-                               uintmax_t{kFrames} * (16 + 42 + 172);
+    const uintmax_t sipBytes =
+        std::filesystem::file_size(folder + "/call.pcap") - 24 - uintmax_t{kFrames} * (16 + 42 + 172);
     EXPECT_EQ(sipBytes, 3 * (16 + 42) + sipRequest("INVITE", "burst", sdp("10.0.0.1", 4000, 8)).size() +
                             sipResponse(200, "INVITE", "burst", sdp("10.0.0.2", 5000, 8)).size() +
                             sipRequest("BYE", "burst").size());

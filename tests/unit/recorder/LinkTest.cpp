@@ -10,18 +10,15 @@
 namespace recorder::test {
 namespace {
 
-Bytes invite(const std::string& callId, const Endpoint& media = kCallerRtp)
-{
+Bytes invite(const std::string& callId, const Endpoint& media = kCallerRtp) {
     return sipFrame(sipRequest("INVITE", callId, sdp(formatIp(media.ip), media.port, 8)));
 }
 
-Bytes answer(const std::string& callId)
-{
+Bytes answer(const std::string& callId) {
     return sipFrame(sipResponse(200, "INVITE", callId, sdp("10.0.0.2", 5000, 8)), false);
 }
 
-Bytes heartbeatReply()
-{
+Bytes heartbeatReply() {
     Bytes reply(15, 0);
     reply[1] = 15;
     reply[2] = 3;
@@ -29,8 +26,7 @@ Bytes heartbeatReply()
 }
 
 // An H.323 description; its last line end travels as a zero byte.
-Bytes h323(bool fromCaller, const std::string& description)
-{
+Bytes h323(bool fromCaller, const std::string& description) {
     const Endpoint caller{0x0a000005, 1720}, callee{0x0a000006, 1720};
     return frame(4, fromCaller ? caller : callee, fromCaller ? callee : caller, description + '\0');
 }
@@ -45,19 +41,17 @@ struct Step {
 struct Script {
     std::string name;
     std::vector<Step> steps;
-    std::vector<std::string> ended;  // in the log, then in the call's line of calls.jsonl
+    std::vector<std::string> ended;       // in the log, then in the call's line of calls.jsonl
     std::vector<Bytes> reconnected = {};  // what a sniffer that connects anew is asked for
 };
 
-void PrintTo(const Script& script, std::ostream* out)
-{
+void PrintTo(const Script& script, std::ostream* out) {
     *out << script.name;
 }
 
 class RecorderLinkScript : public ::testing::TestWithParam<Script> {};
 
-TEST_P(RecorderLinkScript, CommandsFollowTheSignalling)
-{
+TEST_P(RecorderLinkScript, CommandsFollowTheSignalling) {
     RecorderProcess recorder({"--linger", "0.1"});
     std::optional<TcpSniffer> sniffer(std::in_place, recorder.port());
     for (size_t i = 0; i < GetParam().steps.size(); ++i) {
@@ -121,8 +115,9 @@ INSTANTIATE_TEST_SUITE_P(
                  {command(2, "10.0.0.1", 4100), command(2, "10.0.0.1", 4101)}}},
                {}},
         Script{"H323CallMediaFollowsItsDescriptions",
-               {{h323(true, "t:5\nr:42\nc:c0fef93e-cd9e-d611-9ab2-000476222017\ns:alice\nd:bob\nm:1:fcodec:"
-                            "g711Alaw64k 20,rtp:10.0.0.5 49170rcodec:g711Alaw64k 20,rtp:10.0.0.6 49172"),
+               {{h323(true,
+                      "t:5\nr:42\nc:c0fef93e-cd9e-d611-9ab2-000476222017\ns:alice\nd:bob\nm:1:fcodec:"
+                      "g711Alaw64k 20,rtp:10.0.0.5 49170rcodec:g711Alaw64k 20,rtp:10.0.0.6 49172"),
                  {command(1, "10.0.0.5", 49170), command(1, "10.0.0.5", 49171), command(1, "10.0.0.6", 49172),
                   command(1, "10.0.0.6", 49173)}},
                 {h323(false, "t:131\nr:42\na:2:rtp:10.0.0.6 49174"),
@@ -137,8 +132,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "{\"address\":\"10.0.0.6:49172\",\"owner\":\"callee\",\"codecs\":[\"g711Alaw64k 20\"]}"}}),
     [](const ::testing::TestParamInfo<Script>& info) { return info.param.name; });
 
-TEST(RecorderLink, IdleCallEndsAfterTheIdleTime)
-{
+TEST(RecorderLink, IdleCallEndsAfterTheIdleTime) {
     RecorderProcess recorder({"--idle", "0.5", "--linger", "0.1"});
     TcpSniffer sniffer(recorder.port());
     sniffer.send(invite("quiet"));
@@ -152,8 +146,7 @@ TEST(RecorderLink, IdleCallEndsAfterTheIdleTime)
     EXPECT_NE(calls[0].find("\"end_reason\":\"idle\""), std::string::npos) << calls[0];
 }
 
-TEST(RecorderLink, MalformedFrameClosesTheConnectionAndTheNextIsAccepted)
-{
+TEST(RecorderLink, MalformedFrameClosesTheConnectionAndTheNextIsAccepted) {
     RecorderProcess recorder;
     {
         TcpSniffer sniffer(recorder.port());
@@ -178,8 +171,7 @@ TEST(RecorderLink, MalformedFrameClosesTheConnectionAndTheNextIsAccepted)
     EXPECT_EQ(sniffer.readCommand(), command(1, kCallerRtp));
 }
 
-TEST(RecorderLink, HeartbeatReplyIsAcceptedAndAMissingOneIsLoggedAsLate)
-{
+TEST(RecorderLink, HeartbeatReplyIsAcceptedAndAMissingOneIsLoggedAsLate) {
     RecorderProcess recorder({"--heartbeat", "0.3"});
     TcpSniffer sniffer(recorder.port());
     sniffer.send(heartbeatReply());  // the sniffer connects by sending; a stray reply is harmless
@@ -194,8 +186,7 @@ TEST(RecorderLink, HeartbeatReplyIsAcceptedAndAMissingOneIsLoggedAsLate)
     EXPECT_TRUE(recorder.waitForLog("Heartbeat reply received "));
 }
 
-TEST(RecorderLink, UdpSnifferGetsCommandsFromTheListeningPort)
-{
+TEST(RecorderLink, UdpSnifferGetsCommandsFromTheListeningPort) {
     RecorderProcess recorder;
     const UdpSocket sniffer;
 

@@ -11,8 +11,7 @@
 namespace recorder {
 namespace {
 
-TEST(RecorderG711, DecodesTheCodeWordsAtTheEndsAndTheMiddle)
-{
+TEST(RecorderG711, DecodesTheCodeWordsAtTheEndsAndTheMiddle) {
     const int ulaw[][2] = {{0xff, 0}, {0x7f, 0}, {0x80, 32124}, {0x00, -32124}, {0xfe, 8}, {0xef, 132}};
     for (const auto& [code, linear] : ulaw)
         EXPECT_EQ(ulawToLinear(static_cast<uint8_t>(code)), linear) << "u-law " << code;
@@ -21,8 +20,7 @@ TEST(RecorderG711, DecodesTheCodeWordsAtTheEndsAndTheMiddle)
         EXPECT_EQ(alawToLinear(static_cast<uint8_t>(code)), linear) << "A-law " << code;
 }
 
-TEST(RecorderSdp, MediaLevelConnectionOverridesTheSessionsAndUnusableMediaIsLeftOut)
-{
+TEST(RecorderSdp, MediaLevelConnectionOverridesTheSessionsAndUnusableMediaIsLeftOut) {
     const std::string sdp =
         "v=0\r\no=- 1 1 IN IP4 10.0.0.1\r\ns=-\r\nc=IN IP4 10.0.0.1\r\nt=0 0\r\n"
         "m=audio 4000 RTP/AVP 8 101\r\na=rtpmap:101 telephone-event/8000\r\n"
@@ -39,16 +37,16 @@ TEST(RecorderSdp, MediaLevelConnectionOverridesTheSessionsAndUnusableMediaIsLeft
     EXPECT_EQ(toString(media[1].address), "10.0.0.9:4004");
 }
 
-TEST(RecorderSip, ReadsCompactHeadersTagsAndTheSdpBody)
-{
-    const std::string text = "SIP/2.0 183 Session Progress\r\n"
-                             "i: abc@host\r\n"
-                             "f: Alice <sip:alice@a.example>;tag=1234\r\n"
-                             "t: sip:bob@b.example;TAG=99\r\n"
-                             "CSeq: 5 INVITE\r\n"
-                             "c: application/sdp\r\n"
-                             "l: 4\r\n\r\n"
-                             "v=0\r\ntrailing";
+TEST(RecorderSip, ReadsCompactHeadersTagsAndTheSdpBody) {
+    const std::string text =
+        "SIP/2.0 183 Session Progress\r\n"
+        "i: abc@host\r\n"
+        "f: Alice <sip:alice@a.example>;tag=1234\r\n"
+        "t: sip:bob@b.example;TAG=99\r\n"
+        "CSeq: 5 INVITE\r\n"
+        "c: application/sdp\r\n"
+        "l: 4\r\n\r\n"
+        "v=0\r\ntrailing";
     const auto message = parseSip(text);
     ASSERT_TRUE(message);
     EXPECT_FALSE(message->isRequest);
@@ -63,8 +61,7 @@ TEST(RecorderSip, ReadsCompactHeadersTagsAndTheSdpBody)
     EXPECT_FALSE(parseSip("HTTP/1.1 200 OK\r\n\r\n"));
 }
 
-TEST(RecorderH323, SplitsMediaTextsOnTheirPrefixes)
-{
+TEST(RecorderH323, SplitsMediaTextsOnTheirPrefixes) {
     const H323Description description = parseH323Description(
         std::string("t:2\nr:7\nm:1:fcodec:g711Ulaw64k 20,rtp:10.0.0.5 49170rcodec:g7231 0,rtp:10.0.0.6 49172\n"
                     "a:3:rtp:10.0.0.7 1000rtp:10.0.0.8 2000\nm:4:rtp:10.0.0.9 3000") +
@@ -83,8 +80,7 @@ TEST(RecorderH323, SplitsMediaTextsOnTheirPrefixes)
     }
 }
 
-TEST(RecorderSequence, CountsAcrossTheWrapAndLatePacketsBeforeTheFirst)
-{
+TEST(RecorderSequence, CountsAcrossTheWrapAndLatePacketsBeforeTheFirst) {
     SequenceCounter counter;
     for (const uint16_t sequence : {65533, 65535, 0, 2, 1, 65532})
         counter.add(sequence);

@@ -13,53 +13,46 @@
 namespace recorder::test {
 namespace {
 
-std::string be(uint32_t value, int bytes)
-{
+std::string be(uint32_t value, int bytes) {
     std::string out;
     for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
         out += static_cast<char>(value >> shift);
     return out;
 }
 
-std::string rtp(uint8_t type, uint16_t sequence, uint32_t timestamp, uint32_t ssrc, const std::string& payload)
-{
+std::string rtp(uint8_t type, uint16_t sequence, uint32_t timestamp, uint32_t ssrc, const std::string& payload) {
     return "\x80" + be(type, 1) + be(sequence, 2) + be(timestamp, 4) + be(ssrc, 4) + payload;
 }
 
-std::string audio(uint16_t sequence, uint32_t timestamp, uint32_t ssrc = 0x1111)
-{
+std::string audio(uint16_t sequence, uint32_t timestamp, uint32_t ssrc = 0x1111) {
     return rtp(8, sequence, timestamp, ssrc, std::string(160, '\xd5'));
 }
 
 // RFC 4733: event, end bit, volume 10, duration.
-std::string dtmf(uint16_t sequence, uint32_t timestamp, uint8_t event, uint16_t duration, bool end)
-{
+std::string dtmf(uint16_t sequence, uint32_t timestamp, uint8_t event, uint16_t duration, bool end) {
     return rtp(101, sequence, timestamp, 0x1111, be(event, 1) + be(end ? 0x8a : 0x0a, 1) + be(duration, 2));
 }
 
-std::string senderReport(uint32_t ssrc, uint32_t timestamp, uint32_t packets)
-{
+std::string senderReport(uint32_t ssrc, uint32_t timestamp, uint32_t packets) {
     return "\x80\xc8" + be(6, 2) + be(ssrc, 4) + be(0xe0000000, 4) + be(0, 4) + be(timestamp, 4) + be(packets, 4) +
            be(packets * 160, 4);
 }
 
-std::string receiverReport(uint32_t reporter, uint32_t source, uint8_t fraction, int32_t lost, uint32_t jitter)
-{
+std::string receiverReport(uint32_t reporter, uint32_t source, uint8_t fraction, int32_t lost, uint32_t jitter) {
     return "\x81\xc9" + be(7, 2) + be(reporter, 4) + be(source, 4) + be(fraction, 1) + be(lost & 0xffffff, 3) +
            be(1017, 4) + be(jitter, 4) + be(0, 4) + be(0, 4);
 }
 
 // SDES with one CNAME item, and BYE; both are skipped.
-const std::string kSdesAndBye = std::string("\x81\xca\x00\x03", 4) + be(0x2222, 4) + std::string("\x01\x02hi\0\0\0\0", 8) +
-                                std::string("\x81\xcb\x00\x01", 4) + be(0x2222, 4);
+const std::string kSdesAndBye = std::string("\x81\xca\x00\x03", 4) + be(0x2222, 4) +
+                                std::string("\x01\x02hi\0\0\0\0", 8) + std::string("\x81\xcb\x00\x01", 4) +
+                                be(0x2222, 4);
 
-RtpPacket packet(const std::string& bytes)
-{
+RtpPacket packet(const std::string& bytes) {
     return *parseRtp(bytes);
 }
 
-TEST(RecorderQuality, SequenceCountsAndTheLongestGapInMediaTime)
-{
+TEST(RecorderQuality, SequenceCountsAndTheLongestGapInMediaTime) {
     StreamQuality quality;
     const TimePoint now{};
     // 12 comes after 13 (out of order), 13 twice (duplicate), 15 to 17 never (lost): the
@@ -90,8 +83,7 @@ TEST(RecorderQuality, SequenceCountsAndTheLongestGapInMediaTime)
     EXPECT_EQ(clockRate("g711Alaw64k 20"), 8000);
 }
 
-TEST(RecorderQuality, RtcpCompoundGivesTheReceiversJitterAndWhatWasLostBeforeTheFirstPacket)
-{
+TEST(RecorderQuality, RtcpCompoundGivesTheReceiversJitterAndWhatWasLostBeforeTheFirstPacket) {
     // The sender's SR and SDES, then its receiver's RR, SDES, BYE and a truncated SR.
     const RtcpCompound fromSender = parseRtcp(senderReport(0x1111, 2720, 18) + kSdesAndBye);
     const RtcpCompound fromReceiver =
@@ -128,8 +120,7 @@ TEST(RecorderQuality, RtcpCompoundGivesTheReceiversJitterAndWhatWasLostBeforeThe
     EXPECT_EQ(*summary.rtcpCumulativeLost, -2);
 }
 
-TEST(RecorderQuality, MosFromTheEModel)
-{
+TEST(RecorderQuality, MosFromTheEModel) {
     // G.711, no loss, no jitter, 20 ms packets: Id = 0.024 x 20 = 0.48, Ie,eff = 0, R = 92.72,
     // MOS = 1 + 0.035 R + R (R - 60)(100 - R) 7e-6 = 1 + 3.2452 + 0.1546 = 4.40.
     EXPECT_DOUBLE_EQ(*EModel::mos("PCMA/8000", 0, 0, 20), 4.40);
@@ -147,14 +138,12 @@ TEST(RecorderQuality, MosFromTheEModel)
     EXPECT_FALSE(EModel::mos("speex/8000", 0, 0, 20));
 }
 
-TEST(RecorderQuality, Rfc4733DigitsOncePerEvent)
-{
+TEST(RecorderQuality, Rfc4733DigitsOncePerEvent) {
     DtmfEvents digits;
     const TimePoint start = Clock::from_time_t(1700000000);
     int sequence = 0;
     const auto add = [&](uint32_t timestamp, uint8_t event, uint16_t duration, bool end, int ms) {
-        digits.add(packet(dtmf(++sequence, timestamp, event, duration, end)), start + Milliseconds(ms), 8000,
-                   "caller");
+        digits.add(packet(dtmf(++sequence, timestamp, event, duration, end)), start + Milliseconds(ms), 8000, "caller");
     };
     // "5": 100 ms, its end packet three times; "#": still going when the call ends; event 16
     // (flash) is no digit.
@@ -170,14 +159,12 @@ TEST(RecorderQuality, Rfc4733DigitsOncePerEvent)
 }
 
 // The offer names its RTCP port, the answer leaves it to the RTP port + 1.
-std::string offer(uint16_t port, const std::string& rtcp)
-{
+std::string offer(uint16_t port, const std::string& rtcp) {
     return "v=0\r\no=- 1 1 IN IP4 10.0.0.1\r\ns=-\r\nc=IN IP4 10.0.0.1\r\nt=0 0\r\nm=audio " + std::to_string(port) +
            " RTP/AVP 8 101\r\na=rtpmap:101 telephone-event/8000\r\n" + rtcp;
 }
 
-TEST(RecorderQuality, RecorderAsksForRtcpAndWritesTheQualityOfEachStream)
-{
+TEST(RecorderQuality, RecorderAsksForRtcpAndWritesTheQualityOfEachStream) {
     RecorderProcess recorder({"--linger", "0.1"});
     TcpSniffer sniffer(recorder.port());
     const Endpoint callerRtcp{kCallerRtp.ip, 4005}, calleeRtcp{kCalleeRtp.ip, 5001};

@@ -16,19 +16,16 @@ const std::string kCapture = sharedCapture("sip-call-g711.pcap");
 const std::string kCallId = "12013223@200.57.7.195";
 const std::vector<unsigned> kRtpPorts = {8000, 40376};
 
-Endpoint endpoint(const std::string& address)
-{
+Endpoint endpoint(const std::string& address) {
     const size_t colon = address.find(':');
     return {*parseIp(address.substr(0, colon)), static_cast<uint16_t>(std::stoi(address.substr(colon + 1)))};
 }
 
-size_t count(const std::vector<Packet>& packets, bool (*wanted)(const Packet&))
-{
+size_t count(const std::vector<Packet>& packets, bool (*wanted)(const Packet&)) {
     return static_cast<size_t>(std::count_if(packets.begin(), packets.end(), wanted));
 }
 
-TEST(RecorderReplay, RealCallKeepsEverySipMessageAndEveryPacketOfItsStreams)
-{
+TEST(RecorderReplay, RealCallKeepsEverySipMessageAndEveryPacketOfItsStreams) {
     REQUIRE_SHARED_CAPTURE(kCapture);
     const std::vector<Packet> captured = readPackets(kCapture, {});
     RecorderProcess recorder;

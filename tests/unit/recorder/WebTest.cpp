@@ -16,11 +16,12 @@ using Rows = std::vector<std::vector<std::string>>;
 
 const std::string kEvilCallId = "<img src=x onerror=alert(1)>\"';";
 const std::string kToken = "s3cret";
-const std::string kLatin1Number = "47\xe9" "11";
+const std::string kLatin1Number =
+    "47\xe9"
+    "11";
 
 // Rows of a query on a calls.db, every column as text ("NULL" for null).
-Rows query(const std::filesystem::path& database, const std::string& sql)
-{
+Rows query(const std::filesystem::path& database, const std::string& sql) {
     sqlite3* db = nullptr;
     Rows rows;
     if (sqlite3_open_v2(database.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
@@ -39,8 +40,7 @@ Rows query(const std::filesystem::path& database, const std::string& sql)
     return rows;
 }
 
-std::string rtp(uint16_t sequence, uint32_t ssrc)
-{
+std::string rtp(uint16_t sequence, uint32_t ssrc) {
     std::string packet = {'\x80', 0, static_cast<char>(sequence >> 8), static_cast<char>(sequence)};
     const uint32_t timestamp = 160u * sequence;
     for (const uint32_t word : {timestamp, ssrc})
@@ -49,8 +49,7 @@ std::string rtp(uint16_t sequence, uint32_t ssrc)
     return packet + std::string(160, '\x80');
 }
 
-std::string toNumber(std::string message, const std::string& number)
-{
+std::string toNumber(std::string message, const std::string& number) {
     for (size_t at = message.find("sip:bob@"); at != std::string::npos; at = message.find("sip:bob@", at))
         message.replace(at, 7, "sip:" + number);
     return message;
@@ -58,8 +57,7 @@ std::string toNumber(std::string message, const std::string& number)
 
 // An answered call with a second of audio each way, and a refused one whose Call-ID is markup,
 // to a number that is not UTF-8.
-void placeCalls(const TcpSniffer& sniffer, const RecorderProcess& recorder)
-{
+void placeCalls(const TcpSniffer& sniffer, const RecorderProcess& recorder) {
     sniffer.send(sipFrame(sipRequest("INVITE", "call-a@10.0.0.1", sdp("10.0.0.1", 4000, 0))));
     sniffer.send(sipFrame(sipResponse(180, "INVITE", "call-a@10.0.0.1"), false));
     sniffer.send(sipFrame(sipResponse(200, "INVITE", "call-a@10.0.0.1", sdp("10.0.0.2", 5000, 0)), false));
@@ -79,8 +77,7 @@ void placeCalls(const TcpSniffer& sniffer, const RecorderProcess& recorder)
 
 class RecorderWeb : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
+    void SetUp() override {
         placeCalls(sniffer, recorder);
         ASSERT_EQ(recorder.waitForCalls(2).size(), 2u);
         ASSERT_TRUE(waitUntil([&] { return calls().value("total", 0) == 2; }, 5s));
@@ -88,21 +85,18 @@ protected:
     }
 
     httplib::Result get(const std::string& path,
-                        const httplib::Headers& headers = {{"Authorization", "Bearer " + kToken}})
-    {
+                        const httplib::Headers& headers = {{"Authorization", "Bearer " + kToken}}) {
         httplib::Client client("127.0.0.1", recorder.httpPort());
         return client.Get(path.c_str(), headers);
     }
 
-    json calls(const httplib::Params& params = {})
-    {
+    json calls(const httplib::Params& params = {}) {
         const auto response = get(httplib::append_query_params("/api/calls", params));
         return response && response->status == 200 ? json::parse(response->body) : json::object();
     }
 
     // The page as headless Chromium leaves it once its script has fetched what it shows.
-    std::string browse(const std::string& path)
-    {
+    std::string browse(const std::string& path) {
         TempDir profile;
         ChildProcess chromium({"/usr/bin/chromium", "--headless", "--no-sandbox", "--disable-gpu", "--no-first-run",
                                "--disable-background-networking", "--disable-component-update", "--disable-sync",
@@ -118,12 +112,12 @@ protected:
     int64_t idA = 0;
 };
 
-TEST_F(RecorderWeb, IndexHoldsEachCallWithItsMessagesAndStreams)
-{
+TEST_F(RecorderWeb, IndexHoldsEachCallWithItsMessagesAndStreams) {
     const auto db = recorder.output() / "calls.db";
     EXPECT_EQ(query(db, "SELECT version FROM schema_version"), (Rows{{"1"}}));
-    const auto call = query(db, "SELECT signalling, caller, callee, end_reason, signalling_packets, wav, folder, "
-                                "start_ms <= end_ms FROM calls WHERE call_id = 'call-a@10.0.0.1'");
+    const auto call = query(db,
+                            "SELECT signalling, caller, callee, end_reason, signalling_packets, wav, folder, "
+                            "start_ms <= end_ms FROM calls WHERE call_id = 'call-a@10.0.0.1'");
     ASSERT_EQ(call.size(), 1u);
     EXPECT_EQ(call[0][0], "sip");
     EXPECT_EQ(call[0][1], "sip:alice@10.0.0.1");
@@ -133,11 +127,12 @@ TEST_F(RecorderWeb, IndexHoldsEachCallWithItsMessagesAndStreams)
     EXPECT_EQ(call[0][5], "call.wav");
     EXPECT_TRUE(std::filesystem::is_regular_file(recorder.output() / call[0][6] / "call.wav"));
     EXPECT_EQ(call[0][7], "1");
-    EXPECT_EQ(query(db, "SELECT callee FROM calls WHERE id != " + std::to_string(idA)),
-              (Rows{{"sip:47\xef\xbf\xbd" "11@10.0.0.2"}}));
+    EXPECT_EQ(query(db, "SELECT callee FROM calls WHERE id != " + std::to_string(idA)), (Rows{{"sip:47\xef\xbf\xbd"
+                                                                                               "11@10.0.0.2"}}));
 
-    const auto messages = query(db, "SELECT direction, source, destination, line FROM messages WHERE call = " +
-                                        std::to_string(idA) + " ORDER BY position");
+    const auto messages =
+        query(db, "SELECT direction, source, destination, line FROM messages WHERE call = " + std::to_string(idA) +
+                      " ORDER BY position");
     const Rows expected = {
         {"from caller", "10.0.0.1:5060", "10.0.0.2:5060", "INVITE sip:bob@10.0.0.2 SIP/2.0"},
         {"from callee", "10.0.0.2:5060", "10.0.0.1:5060", "SIP/2.0 180 Whatever"},
@@ -148,15 +143,15 @@ TEST_F(RecorderWeb, IndexHoldsEachCallWithItsMessagesAndStreams)
     };
     EXPECT_EQ(messages, expected);
 
-    const auto streams = query(db, "SELECT source, destination, speaker, codec, packets, bytes, lost, mos > 4 "
-                                   "FROM streams WHERE call = " + std::to_string(idA) + " ORDER BY position");
-    EXPECT_EQ(streams, (Rows{
-                           {"10.0.0.1:4000", "10.0.0.2:5000", "caller", "PCMU/8000", "50", "8600", "0", "1"},
-                           {"10.0.0.2:5000", "10.0.0.1:4000", "callee", "PCMU/8000", "50", "8600", "0", "1"}}));
+    const auto streams = query(db,
+                               "SELECT source, destination, speaker, codec, packets, bytes, lost, mos > 4 "
+                               "FROM streams WHERE call = " +
+                                   std::to_string(idA) + " ORDER BY position");
+    EXPECT_EQ(streams, (Rows{{"10.0.0.1:4000", "10.0.0.2:5000", "caller", "PCMU/8000", "50", "8600", "0", "1"},
+                             {"10.0.0.2:5000", "10.0.0.1:4000", "callee", "PCMU/8000", "50", "8600", "0", "1"}}));
 }
 
-TEST_F(RecorderWeb, ApiFindsCallsByTheirPartsAndTakesSearchTextAsText)
-{
+TEST_F(RecorderWeb, ApiFindsCallsByTheirPartsAndTakesSearchTextAsText) {
     const auto ids = [&](const httplib::Params& params) {
         std::vector<std::string> found;
         for (const json& call : calls(params).value("calls", json::array()))
@@ -185,8 +180,7 @@ TEST_F(RecorderWeb, ApiFindsCallsByTheirPartsAndTakesSearchTextAsText)
     EXPECT_EQ(get("/api/calls/999")->status, 404);
 }
 
-TEST_F(RecorderWeb, TokenIsAskedOfEveryRequestAndFilesOnlyByCallId)
-{
+TEST_F(RecorderWeb, TokenIsAskedOfEveryRequestAndFilesOnlyByCallId) {
     EXPECT_EQ(get("/api/calls", {})->status, 401);
     EXPECT_EQ(get("/", {})->status, 401);
     EXPECT_EQ(get("/api/calls", {{"Authorization", "Bearer wrong"}})->status, 401);
@@ -210,8 +204,7 @@ TEST_F(RecorderWeb, TokenIsAskedOfEveryRequestAndFilesOnlyByCallId)
     EXPECT_NE(metrics.find("recorder_sniffer_connections_total 1\n"), std::string::npos);
 }
 
-TEST_F(RecorderWeb, BrowserShowsTheListSearchesItAndShowsACallWithLadderAndAudio)
-{
+TEST_F(RecorderWeb, BrowserShowsTheListSearchesItAndShowsACallWithLadderAndAudio) {
     const auto count = [](const std::string& text, const std::string& what) {
         size_t n = 0;
         for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
@@ -237,8 +230,7 @@ TEST_F(RecorderWeb, BrowserShowsTheListSearchesItAndShowsACallWithLadderAndAudio
 }
 
 // The new call is an H.323 one, whose messages are its descriptions.
-TEST(RecorderIndex, RetentionRemovesOldCallsRowsAndFoldersAtStart)
-{
+TEST(RecorderIndex, RetentionRemovesOldCallsRowsAndFoldersAtStart) {
     RecorderProcess first{{"--linger", "0.3"}};
     const Endpoint caller{0x0a000005, 1720}, callee{0x0a000006, 1720};
     const std::string setup = "t:5\nr:42\nc:new-call\ns:alice\nd:bob";
@@ -266,8 +258,7 @@ TEST(RecorderIndex, RetentionRemovesOldCallsRowsAndFoldersAtStart)
     EXPECT_FALSE(std::filesystem::exists(first.output() / folders[1][0]));
 }
 
-TEST(RecorderIndex, CallsWaitInMemoryWhileTheDatabaseFailsAndAreWrittenOnceItWorks)
-{
+TEST(RecorderIndex, CallsWaitInMemoryWhileTheDatabaseFailsAndAreWrittenOnceItWorks) {
     TempDir place;
     const std::filesystem::path folder = place.file("later");
     RecorderProcess recorder{{"--linger", "0.3", "--database", "sqlite:" + (folder / "calls.db").string()}};
@@ -281,8 +272,7 @@ TEST(RecorderIndex, CallsWaitInMemoryWhileTheDatabaseFailsAndAreWrittenOnceItWor
 
     std::filesystem::create_directory(folder);
     EXPECT_TRUE(recorder.waitForLog("The call index works again", 10s)) << recorder.log();
-    EXPECT_EQ(query(folder / "calls.db", "SELECT call_id FROM calls ORDER BY id"),
-              (Rows{{"first"}, {"second"}}));
+    EXPECT_EQ(query(folder / "calls.db", "SELECT call_id FROM calls ORDER BY id"), (Rows{{"first"}, {"second"}}));
     const std::string log = recorder.log();
     const std::string failure = "Cannot write to the call index";
     EXPECT_EQ(log.find(failure), log.rfind(failure)) << log;

@@ -227,17 +227,21 @@ std::vector<Tunnel> tunnels() {
     const Bytes vxlan = {0x08, 0, 0, 0, 0, 0, 0x2A, 0};
     const uint16_t vxlanLength = uint16_t(16 + ethernet.size());
     return {
-        {"802.1ad, 802.1Q and 802.1Q tags", etherFrame(etherTypeQinQ, joined({{0, 100, 0x81, 0}, {0, 200, 0x81, 0},
-                                                                               {1, 44, 0x08, 0x00}, ip}))},
+        {"802.1ad, 802.1Q and 802.1Q tags",
+         etherFrame(etherTypeQinQ, joined({{0, 100, 0x81, 0}, {0, 200, 0x81, 0}, {1, 44, 0x08, 0x00}, ip}))},
         {"two MPLS labels", etherFrame(0x8847, joined({{0, 1, 0, 64}, {0, 2, 1, 64}, ip}))},
         {"GRE with checksum, key and sequence number",
          overIp(47, joined({{0xB0, 0, 0x08, 0x00}, {0xAB, 0xCD, 0, 0}, {0, 0, 0, 9}, sequence, ip}))},
-        {"ERSPAN type II", overIp(47, joined({{0x10, 0, 0x88, 0xBE}, sequence, {0x10, 100, 0, 1, 0, 0, 0, 0}, ethernet}))},
-        {"ERSPAN type III with its subheader",
-         overIp(47, joined({{0x10, 0, 0x22, 0xEB}, sequence, {0x20, 100, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0x01}, Bytes(8, 0),
-                            ethernet}))},
+        {"ERSPAN type II",
+         overIp(47, joined({{0x10, 0, 0x88, 0xBE}, sequence, {0x10, 100, 0, 1, 0, 0, 0, 0}, ethernet}))},
+        {"ERSPAN type III with its subheader", overIp(47, joined({{0x10, 0, 0x22, 0xEB},
+                                                                  sequence,
+                                                                  {0x20, 100, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0x01},
+                                                                  Bytes(8, 0),
+                                                                  ethernet}))},
         {"IP in IP", overIp(4, ip)},
-        {"VXLAN", overIp(17, joined({{0xC0, 0, 0x12, 0xB5, uint8_t(vxlanLength >> 8), uint8_t(vxlanLength), 0, 0}, vxlan,
+        {"VXLAN", overIp(17, joined({{0xC0, 0, 0x12, 0xB5, uint8_t(vxlanLength >> 8), uint8_t(vxlanLength), 0, 0},
+                                     vxlan,
                                      ethernet}))},
     };
 }
@@ -311,9 +315,12 @@ TEST_F(Forwarding, TunnelsAreNotEnteredWithoutTheKey) {
 namespace {
 // An INVITE three full-size frames long, as a large SDP makes it.
 Bytes largeInvite(const std::string& callId) {
-    const std::string head = "INVITE sip:bob@example.com SIP/2.0\r\nVia: SIP/2.0/UDP 10.0.0.1:5060;branch=z9hG4bK1\r\n"
-                             "Call-ID: " + callId + "\r\nCSeq: 1 INVITE\r\nContent-Type: application/sdp\r\n"
-                             "Content-Length: ";
+    const std::string head =
+        "INVITE sip:bob@example.com SIP/2.0\r\nVia: SIP/2.0/UDP 10.0.0.1:5060;branch=z9hG4bK1\r\n"
+        "Call-ID: " +
+        callId +
+        "\r\nCSeq: 1 INVITE\r\nContent-Type: application/sdp\r\n"
+        "Content-Length: ";
     const std::size_t bodyLength = 3000 - head.size() - 8;  // 4 digits and two line ends
     const std::string body = "v=0\r\na=" + std::string(bodyLength - 9, 'x') + "\r\n";
     return bytesOf(head + std::to_string(bodyLength) + "\r\n\r\n" + body);

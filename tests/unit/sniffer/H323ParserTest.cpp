@@ -54,13 +54,14 @@ TEST(H323Parser, DecodeFailuresAreCountedByReasonAndLoggedWithWhereTheyStopped) 
     h323::Q931 q931;
     q931.setMessageType(h323::Q931::Setup);
     q931.setCallReference(1, false);
-    q931.setElement(h323::Q931::UserUser, std::string("\x09\x40\x00", 3));   // an unknown body of no octets
+    q931.setElement(h323::Q931::UserUser, std::string("\x09\x40\x00", 3));  // an unknown body of no octets
     const std::vector<uint8_t> wire = q931.encode();
     EXPECT_FALSE(describe(std::string(wire.begin(), wire.end())));
     EXPECT_EQ(parser.decodeFailures(h323::DecodeStatus::Invalid), 1u);
     EXPECT_EQ(parser.decodeFailures(h323::DecodeStatus::Truncated), 1u);
-    EXPECT_TRUE(log.contains("DEBUG", "H323 user information decode failed: invalid at "
-                                      "H323-UserInformation.h323_uu_pdu.h323_message_body, bit 24"));
+    EXPECT_TRUE(log.contains("DEBUG",
+                             "H323 user information decode failed: invalid at "
+                             "H323-UserInformation.h323_uu_pdu.h323_message_body, bit 24"));
 }
 
 }  // namespace

@@ -69,8 +69,9 @@ struct HepPacket {
     std::string text(uint16_t type) const { return std::string(values.at(type).begin(), values.at(type).end()); }
     std::string address(uint16_t type) const {
         const Bytes& a = values.at(type);
-        return a.size() != 4 ? "" : std::to_string(a[0]) + "." + std::to_string(a[1]) + "." + std::to_string(a[2]) +
-                                        "." + std::to_string(a[3]);
+        return a.size() != 4 ? ""
+                             : std::to_string(a[0]) + "." + std::to_string(a[1]) + "." + std::to_string(a[2]) + "." +
+                                   std::to_string(a[3]);
     }
 
 private:
@@ -111,12 +112,11 @@ std::set<std::string> decodedBySngrep(const std::vector<Bytes>& datagrams, uint1
     }
     pcap_dump_close(dump);
     pcap_close(dead);
-    EXPECT_TRUE(runsCleanly({onPath("sngrep"), "-N", "-q", "-E", "-I", dir.file("hep.pcap"), "-O",
-                             dir.file("sip.pcap")},
-                            30s));
-    const std::vector<std::string> rows =
-        tshark::fieldRows(dir.file("sip.pcap"), {"-E", "separator=/s", "-e", "frame.time_epoch", "-e", "ip.src", "-e",
-                                                 "udp.srcport", "-e", "ip.dst", "-e", "udp.dstport", "-e", "udp.payload"});
+    EXPECT_TRUE(
+        runsCleanly({onPath("sngrep"), "-N", "-q", "-E", "-I", dir.file("hep.pcap"), "-O", dir.file("sip.pcap")}, 30s));
+    const std::vector<std::string> rows = tshark::fieldRows(
+        dir.file("sip.pcap"), {"-E", "separator=/s", "-e", "frame.time_epoch", "-e", "ip.src", "-e", "udp.srcport",
+                               "-e", "ip.dst", "-e", "udp.dstport", "-e", "udp.payload"});
     return std::set<std::string>(rows.begin(), rows.end());
 }
 
@@ -216,8 +216,8 @@ TEST_F(HepExport, EachSipMessageForwardedGoesAsOneHepPacketWithItsCaptureTimeAnd
     const std::string collectorText = "127.0.0.1:" + std::to_string(collector.port());
     OptionInEnvironment key("HepCollector", collectorText);
     startEngine();
-    EXPECT_TRUE(containsPrefix(log, "INFO", "Opt-in settings: HepCollector=" + collectorText +
-                                                ", HepPassword=(set), HepCaptureId=7777"));
+    EXPECT_TRUE(containsPrefix(
+        log, "INFO", "Opt-in settings: HepCollector=" + collectorText + ", HepPassword=(set), HepCaptureId=7777"));
 
     sip(invite, inviteTime);
     ASSERT_TRUE(recorder.next());
@@ -304,8 +304,9 @@ struct Burst {
         const std::string body(1200, 'x');
         const auto start = std::chrono::steady_clock::now();
         for (int i = 0; i < messages; ++i)
-            capture(udpFrame(alice, bob, bytesOf("MESSAGE sip:bob@10.1.1.2 SIP/2.0\r\nCall-ID: " + std::to_string(i) +
-                                                 "\r\n\r\n" + body)));
+            capture(udpFrame(
+                alice, bob,
+                bytesOf("MESSAGE sip:bob@10.1.1.2 SIP/2.0\r\nCall-ID: " + std::to_string(i) + "\r\n\r\n" + body)));
         EXPECT_TRUE(waitUntil([&recorder] { return recorder.count() >= std::size_t(messages); }, 20s));
         took = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
         for (const ForwardedFrame& frame : recorder.received())
@@ -349,6 +350,7 @@ TEST(HepOptions, ACollectorIsAnIpv4AddressWithAPortAndTheTransportUdpOrTcp) {
     for (const char* wrong : {"collector:9060", "192.0.2.7", "192.0.2.7:0", "192.0.2.7:65536", "192.0.2.7:x"})
         EXPECT_FALSE(loads({{"HepCollector", wrong}})) << wrong;
     EXPECT_FALSE(loads({{"HepTransport", "sctp"}}));
-    EXPECT_TRUE(log.contains("ERROR", "Invalid value of HepCollector: \"192.0.2.7\", expected an IPv4 address and a "
-                                      "port, as 192.0.2.7:9060"));
+    EXPECT_TRUE(log.contains("ERROR",
+                             "Invalid value of HepCollector: \"192.0.2.7\", expected an IPv4 address and a "
+                             "port, as 192.0.2.7:9060"));
 }

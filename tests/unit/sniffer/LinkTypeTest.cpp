@@ -29,9 +29,9 @@ protected:
     // No filter: every frame of the file reaches the engine, which must sort
     // them itself.
     std::unique_ptr<SnifferRun> start(const std::string& devices) {
-        return std::make_unique<SnifferRun>(std::vector<std::string>{"-d", devices, "-f", "", "-h", "127.0.0.1", "-p",
-                                                                     std::to_string(recorder.port())},
-                                            "UDP");
+        return std::make_unique<SnifferRun>(
+            std::vector<std::string>{"-d", devices, "-f", "", "-h", "127.0.0.1", "-p", std::to_string(recorder.port())},
+            "UDP");
     }
 
     static void expectSip(const ForwardedFrame& frame, Endpoint src, Endpoint dst, const Bytes& payload) {
@@ -72,8 +72,8 @@ TEST_F(LinkTypes, DeviceOfAnUnsupportedLinkTypeIsSkippedWithAnError) {
     writeCapture(wired, DLT_EN10MB, {udpFrame(proxy, phone, ringing)});
     const auto run = start("file:" + wireless + ";file:" + wired);
     ASSERT_EQ(0, run->setupResult());
-    EXPECT_TRUE(log.contains("ERROR", "Couldn't use device file:" + wireless +
-                                          ": link type IEEE802_11 is not supported"));
+    EXPECT_TRUE(
+        log.contains("ERROR", "Couldn't use device file:" + wireless + ": link type IEEE802_11 is not supported"));
 
     // The consumer logs every capture thread it starts before it forwards.
     const auto got = recorder.next(1u);

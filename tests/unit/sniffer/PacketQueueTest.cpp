@@ -10,7 +10,9 @@
 namespace {
 
 std::atomic<bool> stopped{false};
-bool isStopped() { return stopped.load(); }
+bool isStopped() {
+    return stopped.load();
+}
 
 pcap_pkthdr headerFor(std::size_t caplen, std::size_t len, long seconds = 1) {
     pcap_pkthdr h{};

@@ -95,8 +95,8 @@ TEST(Programs, FilterThatDoesNotCompileOrAKeyOutOfRangeIsReportedOnStandardError
 
     SnifferProgram outOfRange({"Device=" + device, "Filter=udp", "CaptureTimeout=0"});
     ASSERT_TRUE(outOfRange.wait(10s));
-    EXPECT_NE(std::string::npos,
-              outOfRange.output().find("Invalid value of CaptureTimeout: \"0\", expected a whole number from 1 to 1000"))
+    EXPECT_NE(std::string::npos, outOfRange.output().find(
+                                     "Invalid value of CaptureTimeout: \"0\", expected a whole number from 1 to 1000"))
         << outOfRange.output();
     EXPECT_NE(std::string::npos, outOfRange.output().find("Errors in setup, terminating...\n"));
 }
@@ -108,7 +108,8 @@ TEST(Programs, StopCleanlyOnSigtermOrSigint) {
     const UdpSocket target;
     const std::string filter = "udp and dst port " + std::to_string(target.port());
     const std::string port = std::to_string(recorder.port());
-    SnifferProgram udpsniffer(CommandLine{{UDPSNIFFER_PROGRAM, "-d", "lo", "-f", filter, "-h", "127.0.0.1", "-p", port}});
+    SnifferProgram udpsniffer(
+        CommandLine{{UDPSNIFFER_PROGRAM, "-d", "lo", "-f", filter, "-h", "127.0.0.1", "-p", port}});
     expectCleanStop(udpsniffer, SIGTERM);
     SnifferProgram sniffer({"Device=lo", "Filter=" + filter, "ServerName=127.0.0.1", "ServerPort=" + port});
     expectCleanStop(sniffer, SIGINT);
@@ -126,11 +127,10 @@ TEST(Replay, SnifferForwardsEverySipMessageAndTheListedRtpOverUdp) {
 
 TEST(Replay, UdpsnifferForwardsEverySipMessageAndTheListedRtpOverTcp) {
     TcpRecorder recorder;
-    expectReplayMatchesTshark(recorder, sharedCapture("sip-call-dvi4.pcap"),
-                              {{"10.0.2.20", 6000}, {"10.0.2.15", 30490}, {"10.0.2.15", 25146}},
-                              [&](const std::string& device) {
-                                  return std::make_unique<SnifferProgram>(
-                                      CommandLine{{UDPSNIFFER_PROGRAM, "-d", device, "-f", "udp", "-h", "127.0.0.1",
-                                                   "-p", std::to_string(recorder.port())}});
-                              });
+    expectReplayMatchesTshark(
+        recorder, sharedCapture("sip-call-dvi4.pcap"),
+        {{"10.0.2.20", 6000}, {"10.0.2.15", 30490}, {"10.0.2.15", 25146}}, [&](const std::string& device) {
+            return std::make_unique<SnifferProgram>(CommandLine{{UDPSNIFFER_PROGRAM, "-d", device, "-f", "udp", "-h",
+                                                                 "127.0.0.1", "-p", std::to_string(recorder.port())}});
+        });
 }

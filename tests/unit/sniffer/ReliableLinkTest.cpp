@@ -136,9 +136,8 @@ TEST(ReliableLink, ARecorderThatEndsTheLinkIsReconnectedAtOnceAndItsCommandsTake
     run.stop();
     // The counters at stop; the consumer's own last line may come before or after them.
     const auto info = log.messages("INFO");
-    const auto stats = std::find_if(info.rbegin(), info.rend(), [](const std::string& line) {
-        return line.rfind("Stats: ", 0) == 0;
-    });
+    const auto stats =
+        std::find_if(info.rbegin(), info.rend(), [](const std::string& line) { return line.rfind("Stats: ", 0) == 0; });
     ASSERT_NE(stats, info.rend()) << "the counters close the run";
     EXPECT_NE(std::string::npos, stats->find("forwarded sip=0 rtp=2 h323=0 heartbeat=2 bytes=380; link losses=1 "
                                              "reconnects=1 droppedLinkDown=0"))
@@ -176,7 +175,9 @@ TEST(PreRoll, HeldDatagramsExpireAndAFloodStaysWithinTheLimit) {
     constexpr std::size_t limit = 1 << 20;
     PreRollBuffer buffer(std::chrono::milliseconds(1000), limit, stats);
     const auto start = PreRollBuffer::Clock::now();
-    auto datagram = [](uint32_t ip, uint8_t fill) { return PreRollBuffer::Datagram{ip, 5000, 1, 4000, Bytes(172, fill)}; };
+    auto datagram = [](uint32_t ip, uint8_t fill) {
+        return PreRollBuffer::Datagram{ip, 5000, 1, 4000, Bytes(172, fill)};
+    };
 
     buffer.hold(datagram(7, 1), start);
     buffer.hold(datagram(8, 2), start + 600ms);

@@ -46,8 +46,8 @@ CallCounts placeCall(const Ports& p, const std::string& filter) {
          std::to_string(p.caller), "-mp", std::to_string(p.callerMedia), "-m", "1", "-nostdin", "-timeout", "30s"},
         dir.file("caller.log"));
     // The caller ends after the answer to its BYE: the call is over.
-    EXPECT_TRUE(caller.waitFor(40s) && caller.exitStatus() == 0)
-        << readFile(dir.file("caller.log")) << "callee:\n" << readFile(dir.file("callee.log"));
+    EXPECT_TRUE(caller.waitFor(40s) && caller.exitStatus() == 0) << readFile(dir.file("caller.log")) << "callee:\n"
+                                                                 << readFile(dir.file("callee.log"));
     std::this_thread::sleep_for(1500ms);  // libpcap hands packets over within a second
     tcpdump.signal(SIGINT);
     tcpdump.waitFor(5s);

@@ -74,7 +74,7 @@ TEST_F(SipOverTcp, TwoMessagesCutAtEveryByteInOrderOrNotAreForwardedOnceEachByte
     const std::string stream = invite + ack;
     for (std::size_t cut = 1; cut < stream.size(); ++cut) {
         const Endpoint caller{"10.0.0.1", uint16_t(20000 + cut)};  // a connection of its own for each cut
-        const uint32_t seq = 0xFFFFFF00u;                            // its sequence numbers wrap
+        const uint32_t seq = 0xFFFFFF00u;                          // its sequence numbers wrap
         std::vector<Bytes> segments = {segment(caller, callee, seq - 1, "", 0, 0, 0x02),  // SYN
                                        segment(caller, callee, seq, stream, 0, cut),
                                        segment(caller, callee, seq, stream, cut, stream.size())};
@@ -128,8 +128,8 @@ TEST_F(ReassemblingH323, SeveralMessagesInOneSegmentAndOneOverThreeAreDescribedA
     {
         start();  // the classic engine, one message a segment: the descriptions to match
         for (uint8_t seed = 1; seed <= 4; ++seed)
-            for (const ForwardedFrame& frame : forwardedFor({segment(gatekeeper, terminal, 1, message(seed), 0,
-                                                                     message(seed).size())}))
+            for (const ForwardedFrame& frame :
+                 forwardedFor({segment(gatekeeper, terminal, 1, message(seed), 0, message(seed).size())}))
                 expected.push_back(frame.bytes);
         ASSERT_EQ(4u, expected.size());
         run.reset();

@@ -68,10 +68,12 @@ TEST(UdpLink, WithCommandSourceOnlyTheListedRecorderIsObeyedAndStrangersAreCount
     UdpSocket recorder;
     UdpSocket stranger(0, "127.0.0.2");
     EngineOptions options;
-    ASSERT_TRUE(options.load([](const std::string& key) { return key == "CommandSource" ? "192.0.2.9, 127.0.0.1" : ""; }));
+    ASSERT_TRUE(
+        options.load([](const std::string& key) { return key == "CommandSource" ? "192.0.2.9, 127.0.0.1" : ""; }));
     EXPECT_EQ("CommandSource=192.0.2.9,127.0.0.1", options.describeChanges());
     EngineStats stats;
-    UdpConnection link("127.0.0.1", recorder.port(), CommandSourceFilter(options.commandSources, stats.commandsIgnored));
+    UdpConnection link("127.0.0.1", recorder.port(),
+                       CommandSourceFilter(options.commandSources, stats.commandsIgnored));
     const uint16_t port = localPort(link.getClientSd());
 
     stranger.sendTo(port, {0x01, 0x0A, 0x00, 0x00, 0x07, 0x9C, 0x40});
@@ -85,15 +87,17 @@ TEST(UdpLink, WithCommandSourceOnlyTheListedRecorderIsObeyedAndStrangersAreCount
     EXPECT_EQ(std::vector<std::string>{"Ignoring commands from 127.0.0.2: not a CommandSource"}, log.messages("WARN"));
 
     stranger.sendTo(port, {0x03, 0x0A, 0x00, 0x00, 0x07, 0x9C, 0x40});
-    EXPECT_TRUE(waitUntil([&] { return link.receiveRequest(request) || EngineStats::read(stats.commandsIgnored) == 3; }, 1s));
+    EXPECT_TRUE(
+        waitUntil([&] { return link.receiveRequest(request) || EngineStats::read(stats.commandsIgnored) == 3; }, 1s));
     const Bytes frame = {0x00, 0x0F, 0x03, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     EXPECT_EQ(15, send(link, frame));
     EXPECT_EQ(frame, recorder.receive(1s));
     EXPECT_TRUE(stranger.receive(100ms).empty());
 
     for (const char* wrong : {"127.0.0.1,", "recorder", "127.0.0.1,,127.0.0.2", "127.0.0.256"})
-        EXPECT_FALSE(EngineOptions().load([wrong](const std::string& key) { return key == "CommandSource" ? wrong : ""; }))
-            << wrong;
+        EXPECT_FALSE(EngineOptions().load([wrong](const std::string& key) {
+            return key == "CommandSource" ? wrong : "";
+        })) << wrong;
 }
 
 // The engine's stats line closes with the ignored commands only when
@@ -104,12 +108,13 @@ TEST(UdpLink, TheStatsLineCountsTheStrangersCommandsWhenCommandSourceIsGiven) {
     UdpSocket recorder;
     UdpSocket stranger(0, "127.0.0.2");
     TempDir dir;
-    writeCapture(dir.file("sip.pcap"), DLT_EN10MB,
-                 {udpFrame({"10.1.0.1", 5060}, {"10.1.0.2", 5060}, bytesOf("INVITE sip:bob@example.com SIP/2.0\r\n\r\n"))});
+    writeCapture(
+        dir.file("sip.pcap"), DLT_EN10MB,
+        {udpFrame({"10.1.0.1", 5060}, {"10.1.0.2", 5060}, bytesOf("INVITE sip:bob@example.com SIP/2.0\r\n\r\n"))});
     OptionInEnvironment key("CommandSource", "127.0.0.1");
-    SnifferRun run({"-d", "file:" + dir.file("sip.pcap"), "-f", "", "-h", "127.0.0.1", "-p",
-                    std::to_string(recorder.port())},
-                   "UDP");
+    SnifferRun run(
+        {"-d", "file:" + dir.file("sip.pcap"), "-f", "", "-h", "127.0.0.1", "-p", std::to_string(recorder.port())},
+        "UDP");
     ASSERT_EQ(0, run.setupResult());
     uint16_t enginePort = 0;
     ASSERT_FALSE(recorder.receive(2s, &enginePort).empty());
