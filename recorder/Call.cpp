@@ -285,9 +285,12 @@ Json Call::toJson(bool wavWritten) const {
     };
     if (!sip)
         call.emplace_back("call_reference", info_.callReference);
+    call.emplace_back("caller", info_.caller);
+    call.emplace_back("callee", info_.callee);
+    for (const auto& [key, name] : {std::pair{"caller_name", &info_.callerName}, {"callee_name", &info_.calleeName}})
+        if (!name->empty())
+            call.emplace_back(key, *name);
     call.insert(call.end(), {
-                                {"caller", info_.caller},
-                                {"callee", info_.callee},
                                 {"start", isoTime(info_.start)},
                                 {"end", isoTime(info_.end)},
                                 {"duration", seconds(info_.end - info_.start)},

@@ -41,6 +41,7 @@ struct CallInfo {
     std::string callId;         // SIP Call-ID, or the H.323 call identifier once known
     std::string callReference;  // H.323 only
     std::string caller, callee;
+    std::string callerName, calleeName;  // SIP display names, as the INVITE gave them
     TimePoint start, end;
     std::string endReason;  // empty while the call goes on
 };

@@ -66,6 +66,8 @@ void CallTracker::onSip(const Frame& frame) {
         info.callId = message->callId;
         info.caller = message->from;
         info.callee = message->to;
+        info.callerName = message->fromName;
+        info.calleeName = message->toName;
         info.start = frame.arrival;
         found = open(key, std::move(info), message->callId);
         found->second.callerTag = message->fromTag;

@@ -32,12 +32,41 @@ bool parseStartLine(std::string_view line, SipMessage& message) {
     return true;
 }
 
-// From and To: `"Name" <sip:user@host>;tag=x` or `sip:user@host;tag=x`.
-void parseAddress(std::string_view value, std::string& uri, std::string& tag) {
+// The length of the quoted string `value` starts with (a display name may hold '<'), 0 without one.
+size_t quotedPrefixLength(std::string_view value) {
+    if (value.empty() || value.front() != '"')
+        return 0;
+    for (size_t i = 1; i < value.size(); ++i) {
+        if (value[i] == '\\')
+            ++i;
+        else if (value[i] == '"')
+            return i + 1;
+    }
+    return value.size();
+}
+
+// A display name as written before the '<': a quoted string loses its quotes and the
+// backslashes of its escaped characters; a plain one its surrounding blanks.
+std::string displayName(std::string_view text) {
+    text = trim(text);
+    if (text.size() < 2 || text.front() != '"' || text.back() != '"')
+        return std::string(text);
+    std::string name;
+    for (size_t i = 1; i + 1 < text.size(); ++i) {
+        if (text[i] == '\\' && i + 2 < text.size())
+            ++i;
+        name += text[i];
+    }
+    return name;
+}
+
+// From and To: `"Name" <sip:user@host>;tag=x`, `Name <sip:user@host>` or `sip:user@host;tag=x`.
+void parseAddress(std::string_view value, std::string& uri, std::string& name, std::string& tag) {
     std::string_view params;
-    const size_t open = value.find('<');
+    const size_t open = value.find('<', quotedPrefixLength(value));
     const size_t close = value.find('>', open);
     if (open != std::string_view::npos && close != std::string_view::npos) {
+        name = displayName(value.substr(0, open));
         uri = value.substr(open + 1, close - open - 1);
         params = value.substr(close + 1);
     } else {
@@ -83,9 +112,9 @@ std::optional<SipMessage> parseSip(std::string_view text) {
         if (equalsNoCase(name, "Call-ID"))
             message.callId = value;
         else if (equalsNoCase(name, "From"))
-            parseAddress(value, message.from, message.fromTag);
+            parseAddress(value, message.from, message.fromName, message.fromTag);
         else if (equalsNoCase(name, "To"))
-            parseAddress(value, message.to, message.toTag);
+            parseAddress(value, message.to, message.toName, message.toTag);
         else if (equalsNoCase(name, "CSeq"))
             message.cseqMethod = trim(value.substr(std::min(value.find(' '), value.size())));
         else if (equalsNoCase(name, "Content-Length"))

@@ -13,7 +13,8 @@ struct SipMessage {
     int status = 0;      // responses
     std::string callId;
     std::string cseqMethod;
-    std::string from, to;  // the URIs of the From and To headers
+    std::string from, to;          // the URIs of the From and To headers
+    std::string fromName, toName;  // their display names, unquoted; empty when they have none
     std::string fromTag, toTag;
     std::string_view sdp;  // the body when it is application/sdp; points into the parsed text
 };

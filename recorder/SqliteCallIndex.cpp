@@ -54,16 +54,20 @@ const char* const kUpgrades[] = {
          mos REAL,
          quality TEXT NOT NULL,
          PRIMARY KEY (call, position));)",
+    R"(ALTER TABLE calls ADD COLUMN caller_name TEXT NOT NULL DEFAULT '';
+       ALTER TABLE calls ADD COLUMN callee_name TEXT NOT NULL DEFAULT '';)",
 };
 static_assert(sizeof kUpgrades / sizeof kUpgrades[0] == SqliteCallIndex::kSchemaVersion);
 
 const char* const kSummaryColumns =
-    "id, signalling, call_id, caller, callee, start, \"end\", duration, end_reason, lowest_mos, wav";
+    "id, signalling, call_id, caller, callee, caller_name, callee_name, start, \"end\", duration, end_reason, "
+    "lowest_mos, wav";
 
 // Every filter is always there and off when its value is empty or null: the text of the query
 // never changes, and what was asked for reaches SQLite as bound values only.
 const char* const kFilter = R"( FROM calls WHERE
-      (?1 = '' OR instr(caller, ?1) > 0 OR instr(callee, ?1) > 0)
+      (?1 = '' OR instr(caller, ?1) > 0 OR instr(callee, ?1) > 0 OR instr(caller_name, ?1) > 0
+          OR instr(callee_name, ?1) > 0)
   AND (?2 = '' OR instr(call_id, ?2) > 0)
   AND (?3 IS NULL OR start_ms >= ?3)
   AND (?4 IS NULL OR start_ms <= ?4)
@@ -223,14 +227,16 @@ void SqliteCallIndex::insertCall(const IndexedCall& call) {
     const json& record = call.record;
     const json streams = record.value("streams", json::array());
     const json files = record.value("files", json::object());
-    Statement insert(*this, R"(INSERT INTO calls (signalling, call_id, call_reference, caller, callee, start_ms,
-        end_ms, start, "end", duration, end_reason, signalling_packets, folder, pcap, wav, lowest_mos, media, dtmf)
-        VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?))");
+    Statement insert(*this, R"(INSERT INTO calls (signalling, call_id, call_reference, caller, callee, caller_name,
+        callee_name, start_ms, end_ms, start, "end", duration, end_reason, signalling_packets, folder, pcap, wav,
+        lowest_mos, media, dtmf) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?))");
     insert.bind(textOr(record, "signalling"))
         .bind(textOr(record, "call_id"))
         .bindNullable(record.value("call_reference", json()))
         .bind(textOr(record, "caller"))
         .bind(textOr(record, "callee"))
+        .bind(textOr(record, "caller_name"))
+        .bind(textOr(record, "callee_name"))
         .bind(call.startMs)
         .bind(call.endMs)
         .bind(textOr(record, "start"))
@@ -303,7 +309,8 @@ json SqliteCallIndex::search(const CallQuery& query) {
 std::optional<json> SqliteCallIndex::details(int64_t id) {
     std::lock_guard<std::mutex> lock(mutex_);
     connect();
-    Statement call(*this, R"(SELECT id, signalling, call_id, call_reference, caller, callee, start, "end", duration,
+    Statement call(*this, R"(SELECT id, signalling, call_id, call_reference, caller, callee, caller_name, callee_name,
+        start, "end", duration,
         end_reason, signalling_packets, pcap, wav, lowest_mos, media, dtmf FROM calls WHERE id = ?)");
     if (!call.bind(id).step())
         return std::nullopt;

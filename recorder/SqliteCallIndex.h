@@ -23,7 +23,7 @@ public:
     std::optional<std::string> folderOf(int64_t id) override;
     std::vector<std::string> removeStartedBefore(int64_t ms) override;
 
-    static constexpr int kSchemaVersion = 1;
+    static constexpr int kSchemaVersion = 2;
 
 private:
     class Statement;

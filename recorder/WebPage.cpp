@@ -73,6 +73,11 @@ async function api(path) {
   return response.json();
 }
 
+// A party as a SIP header would show it: the display name, then the address.
+function party(name, address) {
+  return name ? name + " <" + address + ">" : address;
+}
+
 function cell(row, text) {
   const td = document.createElement("td");
   td.textContent = text === null || text === undefined ? "" : String(text);
@@ -105,8 +110,8 @@ async function showList() {
     link.href = local("/calls/" + call.id);
     link.textContent = call.start;
     cell(row, "").appendChild(link);
-    cell(row, call.caller);
-    cell(row, call.callee);
+    cell(row, party(call.caller_name, call.caller));
+    cell(row, party(call.callee_name, call.callee));
     cell(row, call.call_id);
     cell(row, call.signalling);
     cell(row, Number(call.duration).toFixed(1) + " s");
@@ -183,8 +188,8 @@ async function showCall(id) {
   const call = await api("/api/calls/" + id);
   document.title = "Call " + call.call_id;
   const summary = document.querySelector("#summary tbody");
-  addRow(summary, "Caller", call.caller);
-  addRow(summary, "Callee", call.callee);
+  addRow(summary, "Caller", party(call.caller_name, call.caller));
+  addRow(summary, "Callee", party(call.callee_name, call.callee));
   addRow(summary, "Call-ID", call.call_id);
   addRow(summary, "Signalling", call.signalling);
   addRow(summary, "Start", call.start);

@@ -15,6 +15,7 @@ using nlohmann::json;
 using Rows = std::vector<std::vector<std::string>>;
 
 const std::string kEvilCallId = "<img src=x onerror=alert(1)>\"';";
+const std::string kEvilName = "<script>alert(2)</script>\";";  // written as a quoted string, the quote escaped
 const std::string kToken = "s3cret";
 const std::string kLatin1Number =
     "47\xe9"
@@ -49,10 +50,12 @@ std::string rtp(uint16_t sequence, uint32_t ssrc) {
     return packet + std::string(160, '\x80');
 }
 
-std::string toNumber(std::string message, const std::string& number) {
+// The refused call: to a number that is not UTF-8, from a caller whose display name is markup.
+std::string evil(std::string message) {
     for (size_t at = message.find("sip:bob@"); at != std::string::npos; at = message.find("sip:bob@", at))
-        message.replace(at, 7, "sip:" + number);
-    return message;
+        message.replace(at, 7, "sip:" + kLatin1Number);
+    const size_t alice = message.find("\"Alice\"");
+    return message.replace(alice, 7, "\"<script>alert(2)</script>\\\";\"");
 }
 
 // An answered call with a second of audio each way, and a refused one whose Call-ID is markup,
@@ -70,9 +73,9 @@ void placeCalls(const TcpSniffer& sniffer, const RecorderProcess& recorder) {
     sniffer.send(sipFrame(sipResponse(200, "BYE", "call-a@10.0.0.1"), false));
     ASSERT_EQ(recorder.waitForCalls(1).size(), 1u);  // the second call starts later
 
-    sniffer.send(sipFrame(toNumber(sipRequest("INVITE", kEvilCallId, sdp("10.0.0.1", 4002, 0)), kLatin1Number)));
-    sniffer.send(sipFrame(toNumber(sipResponse(486, "INVITE", kEvilCallId), kLatin1Number), false));
-    sniffer.send(sipFrame(toNumber(sipRequest("ACK", kEvilCallId), kLatin1Number)));
+    sniffer.send(sipFrame(evil(sipRequest("INVITE", kEvilCallId, sdp("10.0.0.1", 4002, 0)))));
+    sniffer.send(sipFrame(evil(sipResponse(486, "INVITE", kEvilCallId)), false));
+    sniffer.send(sipFrame(evil(sipRequest("ACK", kEvilCallId))));
 }
 
 class RecorderWeb : public ::testing::Test {
@@ -114,10 +117,10 @@ protected:
 
 TEST_F(RecorderWeb, IndexHoldsEachCallWithItsMessagesAndStreams) {
     const auto db = recorder.output() / "calls.db";
-    EXPECT_EQ(query(db, "SELECT version FROM schema_version"), (Rows{{"1"}}));
+    EXPECT_EQ(query(db, "SELECT version FROM schema_version"), (Rows{{"1"}, {"2"}}));  // made, then upgraded
     const auto call = query(db,
                             "SELECT signalling, caller, callee, end_reason, signalling_packets, wav, folder, "
-                            "start_ms <= end_ms FROM calls WHERE call_id = 'call-a@10.0.0.1'");
+                            "start_ms <= end_ms, caller_name FROM calls WHERE call_id = 'call-a@10.0.0.1'");
     ASSERT_EQ(call.size(), 1u);
     EXPECT_EQ(call[0][0], "sip");
     EXPECT_EQ(call[0][1], "sip:alice@10.0.0.1");
@@ -127,6 +130,7 @@ TEST_F(RecorderWeb, IndexHoldsEachCallWithItsMessagesAndStreams) {
     EXPECT_EQ(call[0][5], "call.wav");
     EXPECT_TRUE(std::filesystem::is_regular_file(recorder.output() / call[0][6] / "call.wav"));
     EXPECT_EQ(call[0][7], "1");
+    EXPECT_EQ(call[0][8], "Alice");
     EXPECT_EQ(query(db, "SELECT callee FROM calls WHERE id != " + std::to_string(idA)), (Rows{{"sip:47\xef\xbf\xbd"
                                                                                                "11@10.0.0.2"}}));
 
@@ -162,6 +166,9 @@ TEST_F(RecorderWeb, ApiFindsCallsByTheirPartsAndTakesSearchTextAsText) {
     EXPECT_EQ(ids({}), (Ids{kEvilCallId, "call-a@10.0.0.1"}));  // newest first
     EXPECT_EQ(ids({{"q", "47"}}), Ids{kEvilCallId});
     EXPECT_EQ(ids({{"q", "bob"}}), Ids{"call-a@10.0.0.1"});
+    EXPECT_EQ(ids({{"q", "Alice"}}), Ids{"call-a@10.0.0.1"});  // by display name
+    EXPECT_EQ(ids({{"q", "</script>\";"}}), Ids{kEvilCallId});
+    EXPECT_EQ(calls({{"q", "alert(2)"}})["calls"][0]["caller_name"], kEvilName);
     EXPECT_EQ(ids({{"call_id", "\"';"}}), Ids{kEvilCallId});
     EXPECT_EQ(ids({{"call_id", "'; \""}}), Ids{});
     EXPECT_EQ(ids({{"q", "' OR 1=1 --"}}), Ids{});
@@ -214,6 +221,10 @@ TEST_F(RecorderWeb, BrowserShowsTheListSearchesItAndShowsACallWithLadderAndAudio
     const std::string list = browse("/?token=" + kToken);
     EXPECT_EQ(count(list, "<tr class=\"call\">"), 2u) << list;
     EXPECT_NE(list.find("<td>&lt;img src=x onerror=alert(1)&gt;\"';</td>"), std::string::npos) << list;
+    EXPECT_NE(list.find("<td>&lt;script&gt;alert(2)&lt;/script&gt;\"; &lt;sip:alice@10.0.0.1&gt;</td>"),
+              std::string::npos);
+    EXPECT_EQ(list.find("<script>alert"), std::string::npos);
+    EXPECT_NE(list.find("<td>Alice &lt;sip:alice@10.0.0.1&gt;</td>"), std::string::npos);
     EXPECT_EQ(list.find("<img"), std::string::npos);
     EXPECT_NE(list.find("2 calls, page 1 of 1"), std::string::npos);
 
