@@ -14,6 +14,11 @@ int64_t microseconds(const timeval& time) {
     return int64_t(time.tv_sec) * microsecondsPerSecond + time.tv_usec;
 }
 
+// The sequence number of a segment's first byte of data: a SYN takes one of its own.
+uint32_t firstByte(const TcpStreamReassembler::Segment& segment) {
+    return segment.flags & synFlag ? segment.seq + 1 : segment.seq;
+}
+
 // Signed distance from `from` to `to` in sequence space, which wraps.
 int32_t distance(uint32_t from, uint32_t to) {
     return static_cast<int32_t>(to - from);
@@ -46,10 +51,10 @@ void TcpStreamReassembler::take(const Segment& segment, const Consumer& consume)
     Direction& direction = at->second;
     bytes -= direction.footprint();
     direction.lastSeen = now;
-    if (distance(direction.next, segment.seq) > 0)
+    if (distance(direction.next, firstByte(segment)) > 0)
         holdAhead(direction, segment, now);
     else
-        append(direction, segment.seq, segment.data, segment.length);
+        append(direction, firstByte(segment), segment.data, segment.length);
     fillFromAhead(direction);
     consumePending(direction, consume);
     bytes += direction.footprint();
@@ -89,7 +94,7 @@ void TcpStreamReassembler::append(Direction& direction, uint32_t seq, const u_ch
 void TcpStreamReassembler::holdAhead(Direction& direction, const Segment& segment, int64_t now) {
     if (direction.ahead.empty())
         direction.holeSince = now;
-    std::vector<u_char>& held = direction.ahead[segment.seq];
+    std::vector<u_char>& held = direction.ahead[firstByte(segment)];
     if (held.size() < segment.length)
         held.assign(segment.data, segment.data + segment.length);
     if (direction.footprint() > streamLimit || now - direction.holeSince > gapSeconds * microsecondsPerSecond)
