@@ -280,7 +280,10 @@ bool SngDissector::takeStream(const pcap_pkthdr& header, const sniff_tcp& tcp, c
     const bool sip = options.sipOverTcp && (options.isSipTcpPort(ohdr.srcPort) || options.isSipTcpPort(ohdr.dstPort));
     if (!sip && !options.reassembleH323)
         return false;
-    const TcpStreamReassembler::Key key{ohdr.srcIp, ohdr.srcPort, ohdr.dstIp, ohdr.dstPort};
+    // Copied out of the packed header: a reference to its fields would be misaligned.
+    const uint32_t srcIp = ohdr.srcIp, dstIp = ohdr.dstIp;
+    const uint16_t srcPort = ohdr.srcPort, dstPort = ohdr.dstPort;
+    const TcpStreamReassembler::Key key{srcIp, srcPort, dstIp, dstPort};
     if (!sip && !tcpStreams->follows(key) && !(length > 0 && data[0] == tpktVersion))
         return false;
     const our_header addresses = ohdr;
